@@ -1,0 +1,257 @@
+#include "platform/curl_http_session.h"
+
+#include <curl/curl.h>
+
+#include <deque>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/environment.h"
+
+namespace obolo {
+namespace {
+
+thread_local bool on_session_thread = false;
+
+const std::string& TrustedCaFile() {
+  static const std::string file = EnvironmentOverride("OBOLO_CA_FILE", "");
+  return file;
+}
+
+void GlobalInitOnce() {
+  static const bool initialised = [] {
+    curl_global_init(CURL_GLOBAL_DEFAULT);
+    return true;
+  }();
+  (void)initialised;
+}
+
+TransportError ErrorFor(CURLcode code) {
+  switch (code) {
+    case CURLE_OK:
+      return TransportError::kNone;
+    case CURLE_URL_MALFORMAT:
+    case CURLE_UNSUPPORTED_PROTOCOL:
+      return TransportError::kInvalidUrl;
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_RESOLVE_PROXY:
+      return TransportError::kCannotResolveHost;
+    case CURLE_COULDNT_CONNECT:
+      return TransportError::kCannotConnect;
+    case CURLE_OPERATION_TIMEDOUT:
+      return TransportError::kTimedOut;
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_SSL_CACERT_BADFILE:
+      return TransportError::kSecureConnectionFailed;
+    case CURLE_GOT_NOTHING:
+    case CURLE_RECV_ERROR:
+    case CURLE_SEND_ERROR:
+    case CURLE_PARTIAL_FILE:
+      return TransportError::kConnectionLost;
+    default:
+      return TransportError::kOther;
+  }
+}
+
+}  // namespace
+
+bool IsHttpSessionThread() { return on_session_thread; }
+
+struct CurlHttpSession::Transfer {
+  HttpRequest request;
+  CompletionHandler handler;
+  CURL* easy = nullptr;
+  curl_slist* header_list = nullptr;
+  std::string body;
+  HttpHeaders response_headers;
+  bool too_large = false;
+  char error[CURL_ERROR_SIZE] = {};
+
+  ~Transfer() {
+    if (easy != nullptr) curl_easy_cleanup(easy);
+    if (header_list != nullptr) curl_slist_free_all(header_list);
+  }
+
+  static size_t OnBody(char* data, size_t size, size_t count, void* self) {
+    auto* transfer = static_cast<Transfer*>(self);
+    const size_t bytes = size * count;
+    if (transfer->body.size() + bytes > kMaxBodyBytes) {
+      transfer->too_large = true;
+      return 0;  // makes libcurl end the transfer with a write error
+    }
+    transfer->body.append(data, bytes);
+    return bytes;
+  }
+
+  static size_t OnHeader(char* data, size_t size, size_t count, void* self) {
+    auto* transfer = static_cast<Transfer*>(self);
+    const size_t bytes = size * count;
+    std::string_view line(data, bytes);
+    while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
+    if (line.starts_with("HTTP/")) {
+      transfer->response_headers.clear();  // a new response after a redirect or 100
+    } else if (auto colon = line.find(':'); colon != std::string_view::npos) {
+      std::string_view value = line.substr(colon + 1);
+      while (!value.empty() && (value.front() == ' ' || value.front() == '\t')) value.remove_prefix(1);
+      transfer->response_headers.emplace_back(std::string(line.substr(0, colon)), std::string(value));
+    }
+    return bytes;
+  }
+
+  // Prepares the easy handle. False when libcurl cannot take the request.
+  bool Prepare() {
+    easy = curl_easy_init();
+    if (easy == nullptr) return false;
+    curl_easy_setopt(easy, CURLOPT_URL, request.url.c_str());
+    curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
+    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, error);
+    curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(request.timeout.count()));
+    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(easy, CURLOPT_MAXREDIRS, 16L);
+    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Transfer::OnBody);
+    curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Transfer::OnHeader);
+    curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
+    if (!TrustedCaFile().empty()) curl_easy_setopt(easy, CURLOPT_CAINFO, TrustedCaFile().c_str());
+
+    if (request.method == "GET") {
+      curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
+    } else {
+      if (request.method != "POST") curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, request.method.c_str());
+      curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request.body.data());
+      curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
+    }
+
+    // The fields go out exactly as the caller set them. libcurl's own Accept
+    // default is suppressed so a request without Accept sends none, and
+    // "Expect: 100-continue" is never added.
+    for (const auto& [name, value] : request.headers) {
+      std::string line = name;
+      line += value.empty() ? ";" : ": " + value;
+      header_list = curl_slist_append(header_list, line.c_str());
+    }
+    if (!request.value("Accept")) header_list = curl_slist_append(header_list, "Accept:");
+    header_list = curl_slist_append(header_list, "Expect:");
+    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, header_list);
+    return true;
+  }
+
+  HttpOutcome Finish(CURLcode code) {
+    HttpOutcome outcome;
+    long status = 0;
+    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    if (status != 0) {
+      HttpResponse response;
+      response.statusCode = static_cast<int>(status);
+      char* url = nullptr;
+      if (curl_easy_getinfo(easy, CURLINFO_EFFECTIVE_URL, &url) == CURLE_OK && url != nullptr) response.url = url;
+      response.headers = std::move(response_headers);
+      outcome.response = std::move(response);
+    }
+    if (code == CURLE_OK) {
+      outcome.body = std::move(body);
+    } else {
+      outcome.error = too_large ? TransportError::kResponseTooLarge : ErrorFor(code);
+      outcome.errorDescription = error[0] != '\0' ? error : curl_easy_strerror(code);
+    }
+    return outcome;
+  }
+};
+
+struct CurlHttpSession::Core {
+  std::mutex mutex;
+  std::deque<std::unique_ptr<Transfer>> incoming;  // guarded by mutex
+  bool stopping = false;                           // guarded by mutex
+  CURLM* multi = curl_multi_init();
+
+  ~Core() { curl_multi_cleanup(multi); }
+};
+
+CurlHttpSession::CurlHttpSession() {
+  GlobalInitOnce();
+  core_ = std::make_shared<Core>();
+  thread_ = std::thread(&CurlHttpSession::Run, core_);
+}
+
+CurlHttpSession::~CurlHttpSession() {
+  {
+    std::lock_guard<std::mutex> lock(core_->mutex);
+    core_->stopping = true;
+  }
+  curl_multi_wakeup(core_->multi);
+  if (thread_.get_id() == std::this_thread::get_id()) {
+    thread_.detach();  // released inside a completion handler; the thread ends by itself
+  } else {
+    thread_.join();
+  }
+}
+
+void CurlHttpSession::dataTask(HttpRequest request, CompletionHandler handler) {
+  auto transfer = std::make_unique<Transfer>();
+  transfer->request = std::move(request);
+  transfer->handler = std::move(handler);
+  {
+    std::lock_guard<std::mutex> lock(core_->mutex);
+    core_->incoming.push_back(std::move(transfer));
+  }
+  curl_multi_wakeup(core_->multi);
+}
+
+void CurlHttpSession::Run(std::shared_ptr<Core> core) {
+  on_session_thread = true;
+  CURLM* multi = core->multi;
+  std::vector<std::unique_ptr<Transfer>> running;
+
+  auto complete = [&](Transfer* transfer, HttpOutcome outcome) {
+    CompletionHandler handler = std::move(transfer->handler);
+    std::erase_if(running, [&](const auto& owned) { return owned.get() == transfer; });
+    if (handler) handler(std::move(outcome));
+  };
+
+  for (;;) {
+    std::deque<std::unique_ptr<Transfer>> arrived;
+    {
+      std::lock_guard<std::mutex> lock(core->mutex);
+      if (core->stopping) break;
+      arrived.swap(core->incoming);
+    }
+    for (auto& transfer : arrived) {
+      Transfer* raw = transfer.get();
+      running.push_back(std::move(transfer));
+      if (!raw->Prepare() || curl_multi_add_handle(multi, raw->easy) != CURLM_OK) {
+        HttpOutcome outcome;
+        outcome.error = TransportError::kOther;
+        outcome.errorDescription = "The transfer could not be started.";
+        complete(raw, std::move(outcome));
+      }
+    }
+
+    int still_running = 0;
+    curl_multi_perform(multi, &still_running);
+    int queued = 0;
+    while (CURLMsg* message = curl_multi_info_read(multi, &queued)) {
+      if (message->msg != CURLMSG_DONE) continue;
+      Transfer* transfer = nullptr;
+      curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &transfer);
+      const CURLcode code = message->data.result;
+      curl_multi_remove_handle(multi, message->easy_handle);
+      HttpOutcome outcome = transfer->Finish(code);
+      complete(transfer, std::move(outcome));
+    }
+    curl_multi_poll(multi, nullptr, 0, 1000, nullptr);
+  }
+
+  for (auto& transfer : running) {
+    if (transfer->easy != nullptr) curl_multi_remove_handle(multi, transfer->easy);
+  }
+}
+
+}  // namespace obolo

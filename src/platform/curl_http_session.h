@@ -1,0 +1,52 @@
+// The default HTTP session, on libcurl.
+//
+// One thread drives every transfer through a curl multi handle, so transfers
+// run concurrently and share connections, TLS sessions and DNS answers. The
+// same thread runs the completion handlers, one at a time: a slow handler
+// delays other completions, as on a platform's serial delegate queue.
+//
+// Certificates are checked against the system's store. OBOLO_CA_FILE, read once
+// at first use, names a PEM file to trust instead: the sandbox prints such a
+// file for its self-signed certificate.
+
+#ifndef OBOLO_PLATFORM_CURL_HTTP_SESSION_H_
+#define OBOLO_PLATFORM_CURL_HTTP_SESSION_H_
+
+#include <cstddef>
+#include <memory>
+#include <thread>
+
+#include "platform/http_session.h"
+
+namespace obolo {
+
+class CurlHttpSession final : public HttpSession {
+ public:
+  // Bodies beyond this size end the transfer with kResponseTooLarge: a broken
+  // or hostile server cannot make the kit hold an unbounded answer.
+  static constexpr std::size_t kMaxBodyBytes = 32 * 1024 * 1024;
+
+  CurlHttpSession();
+  // Stops the thread. Transfers still running are dropped without a call.
+  ~CurlHttpSession() override;
+
+  CurlHttpSession(const CurlHttpSession&) = delete;
+  CurlHttpSession& operator=(const CurlHttpSession&) = delete;
+
+  void dataTask(HttpRequest request, CompletionHandler handler) override;
+
+ private:
+  struct Transfer;
+  struct Core;
+
+  static void Run(std::shared_ptr<Core> core);
+
+  // Shared with the thread, so the thread can finish cleanly even when the
+  // session is released from inside one of its own completion handlers.
+  std::shared_ptr<Core> core_;
+  std::thread thread_;
+};
+
+}  // namespace obolo
+
+#endif  // OBOLO_PLATFORM_CURL_HTTP_SESSION_H_
