@@ -1,0 +1,61 @@
+// The key-value store the kit keeps the reader's session in.
+//
+// On a phone this is the host application's standard preference domain; here
+// the default is a SQLite file (SqlitePreferenceStore). A phone binding, or a
+// host with its own storage, implements this interface and installs it with
+// setStandard().
+//
+// Contract for implementations: every write is durable when the call returns
+// (a session survives a crash or a restart), a reader never sees a half-written
+// value, and every operation may be called from any thread.
+
+#ifndef OBOLO_PLATFORM_PREFERENCE_STORE_H_
+#define OBOLO_PLATFORM_PREFERENCE_STORE_H_
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace obolo {
+
+// A stored value keeps its kind: a boolean, an integer, a floating-point
+// number or a text.
+using PreferenceValue = std::variant<bool, std::int64_t, double, std::string>;
+
+class PreferenceStore {
+ public:
+  virtual ~PreferenceStore() = default;
+
+  // The value stored under `key`, none when the key is absent.
+  virtual std::optional<PreferenceValue> object(std::string_view key) const = 0;
+  // Stores `value` under `key`, replacing any earlier value of any kind.
+  virtual void set(std::string_view key, const PreferenceValue& value) = 0;
+  // Removes `key`; removing an absent key does nothing.
+  virtual void removeObject(std::string_view key) = 0;
+
+  // The process's standard store: the one installed with setStandard(), or
+  // else a SqlitePreferenceStore at DefaultStorePath(), opened on first use.
+  static std::shared_ptr<PreferenceStore> standard();
+  // Installs the store that standard() returns; nullptr returns to the default.
+  static void setStandard(std::shared_ptr<PreferenceStore> store);
+
+  // Where the default store lives: $OBOLO_PREFERENCES_PATH when set, else
+  // $XDG_DATA_HOME/obolo/preferences.sqlite3, else
+  // $HOME/.local/share/obolo/preferences.sqlite3. Empty when none of these is
+  // known, in which case the default store lives in memory only.
+  static std::string DefaultStorePath();
+};
+
+// The platform's own readings of a stored value as an integer and as a
+// boolean: a number gives its value (a fraction truncated toward zero), a
+// boolean 1 or 0, a text that spells a number that number, anything else 0 or
+// false.
+std::int64_t IntegerReading(const PreferenceValue& value);
+bool BoolReading(const PreferenceValue& value);
+
+}  // namespace obolo
+
+#endif  // OBOLO_PLATFORM_PREFERENCE_STORE_H_

@@ -1,0 +1,95 @@
+#include "platform/sqlite_preference_store.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/log_capture.h"
+#include "support/temporary_store.h"
+
+namespace obolo {
+namespace {
+
+class SqlitePreferenceStoreTest : public ::testing::Test {
+ protected:
+  void TearDown() override { std::filesystem::remove_all(directory_); }
+  std::string directory_ = testing::MakeTemporaryDirectory();
+  std::string path_ = directory_ + "/nested/dir/preferences.sqlite3";
+};
+
+TEST_F(SqlitePreferenceStoreTest, ValuesKeepTheirKindAcrossReopening) {
+  {
+    SqlitePreferenceStore store(path_);
+    ASSERT_TRUE(store.isPersistent());
+    store.set("flag", true);
+    store.set("count", std::int64_t{-7});
+    store.set("ratio", 0.25);
+    store.set("name", std::string("reader\0with nul", 15));
+    store.set("replaced", std::string("first"));
+    store.set("replaced", std::int64_t{2});
+    store.set("gone", std::string("x"));
+    store.removeObject("gone");
+    store.removeObject("never-there");
+  }
+  SqlitePreferenceStore reopened(path_);
+  EXPECT_EQ(reopened.object("flag"), PreferenceValue(true));
+  EXPECT_EQ(reopened.object("count"), PreferenceValue(std::int64_t{-7}));
+  EXPECT_EQ(reopened.object("ratio"), PreferenceValue(0.25));
+  EXPECT_EQ(reopened.object("name"), PreferenceValue(std::string("reader\0with nul", 15)));
+  EXPECT_EQ(reopened.object("replaced"), PreferenceValue(std::int64_t{2}));
+  EXPECT_EQ(reopened.object("gone"), std::nullopt);
+}
+
+TEST_F(SqlitePreferenceStoreTest, AFileThatIsNotADatabaseIsLeftAloneAndTheStoreStillWorks) {
+  std::filesystem::create_directories(std::filesystem::path(path_).parent_path());
+  const std::string garbage = "this is the host's file, not a database";
+  std::ofstream(path_) << garbage;
+  testing::LogCapture log;
+
+  SqlitePreferenceStore store(path_);
+  EXPECT_FALSE(store.isPersistent());
+  store.set("accessToken", std::string("t"));
+  EXPECT_EQ(store.object("accessToken"), PreferenceValue(std::string("t")));
+
+  std::ifstream file(path_);
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), garbage);
+  EXPECT_EQ(log.lines().size(), 1u);
+}
+
+TEST_F(SqlitePreferenceStoreTest, ThreadsCanWriteAndReadAtOnce) {
+  SqlitePreferenceStore store(path_);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&store, t] {
+      const std::string key = "key" + std::to_string(t);
+      for (std::int64_t i = 0; i < 50; ++i) {
+        store.set(key, i);
+        ASSERT_EQ(store.object(key), PreferenceValue(i));
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(store.object("key3"), PreferenceValue(std::int64_t{49}));
+}
+
+TEST(PreferenceReadingTest, IntegerAndBooleanReadingsOfEveryKind) {
+  EXPECT_EQ(IntegerReading(std::string("  -12abc")), -12);
+  EXPECT_EQ(IntegerReading(std::string("99999999999999999999")), INT64_MAX);
+  EXPECT_EQ(IntegerReading(std::string("abc")), 0);
+  EXPECT_EQ(IntegerReading(-3.9), -3);
+  EXPECT_EQ(IntegerReading(1e300), INT64_MAX);
+  EXPECT_EQ(IntegerReading(true), 1);
+  EXPECT_TRUE(BoolReading(std::string("YES")));
+  EXPECT_TRUE(BoolReading(std::string(" 007")));
+  EXPECT_FALSE(BoolReading(std::string("no")));
+  EXPECT_FALSE(BoolReading(std::string("000")));
+  EXPECT_TRUE(BoolReading(std::int64_t{-1}));
+}
+
+}  // namespace
+}  // namespace obolo
