@@ -58,11 +58,9 @@ void Send(HttpRequest request, SuccessRule rule, Completion<Envelope> completion
         }
         Envelope envelope = std::move(decoded).value();
         LogLine(DescribeRecord(envelope), kEnvelopeContent<Envelope>);
-        if constexpr (std::is_same_v<Envelope, OboloData>) {
-          if (rule == SuccessRule::kRequireSuccess && envelope.success != true) {
-            if (onFailure) onFailure(envelope.message.value_or(""));
-            return;
-          }
+        if (rule == SuccessRule::kRequireSuccess && envelope.success != true) {
+          if (onFailure) onFailure(envelope.message.value_or(""));
+          return;
         }
         if (completion) completion(std::move(envelope));
       });

@@ -23,8 +23,8 @@ void BodyMap::putBool(std::string_view key, bool value) { entries_.emplace_back(
 
 std::string BodyMap::json() const {
   nlohmann::ordered_json object = nlohmann::ordered_json::object();
-  for (const auto& [key, value] : entries_) {
-    std::visit([&object, &key](const auto& v) { object[key] = v; }, value);
+  for (const auto& entry : entries_) {
+    std::visit([&object, &entry](const auto& v) { object[entry.first] = v; }, entry.second);
   }
   return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
