@@ -99,9 +99,10 @@ class MainLoop {
   std::shared_ptr<Timer> scheduleTimer(double interval, Timer::Block block);
 
   // Runs the loop until `predicate` holds (true) or `timeout` of real time has
-  // passed (false). The predicate is checked before any work and after each
-  // task and timer. In virtual time, timers fire only when due at the current
-  // virtual time, which this never moves.
+  // passed (false). The predicate is checked before any work, after each task
+  // and timer, and at the timeout: a condition that another thread changes
+  // without posting to the loop is noticed only then. In virtual time, timers
+  // fire only when due at the current virtual time, which this never moves.
   bool runUntil(const std::function<bool()>& predicate, Seconds timeout);
 
   // Runs the loop for `duration` (see the header comment for virtual time).
