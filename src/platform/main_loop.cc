@@ -1,0 +1,159 @@
+#include "platform/main_loop.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace obolo {
+
+void Timer::invalidate() {
+  valid_ = false;
+  block_ = nullptr;  // releases what the block captured, as the platform does
+}
+
+MainLoop& MainLoop::main() {
+  // Never destroyed: the HTTP session's thread may still post while the
+  // process exits.
+  static MainLoop* const loop = new MainLoop();
+  return *loop;
+}
+
+MainLoop::MainLoop() : main_thread_(std::this_thread::get_id()) {}
+
+bool MainLoop::isMainThread() const { return std::this_thread::get_id() == main_thread_; }
+
+void MainLoop::post(Task task) {
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    tasks_.push_back(std::move(task));
+  }
+  work_posted_.notify_all();
+}
+
+std::shared_ptr<Timer> MainLoop::scheduleTimer(double interval, Timer::Block block) {
+  if (!(interval > kMinimumTimerInterval)) interval = kMinimumTimerInterval;  // also NaN
+  auto timer = std::make_shared<Timer>();
+  timer->interval_ = interval;
+  timer->due_ = now() + std::chrono::duration_cast<Clock::duration>(Seconds(interval));
+  timer->block_ = std::move(block);
+  timers_.emplace(std::make_pair(timer->due_, next_sequence_++), timer);
+  return timer;
+}
+
+MainLoop::Clock::time_point MainLoop::now() const {
+  return virtual_time_ ? virtual_now_ : Clock::now();
+}
+
+void MainLoop::useVirtualTime() {
+  if (virtual_time_) return;
+  virtual_now_ = Clock::now();
+  virtual_time_ = true;
+}
+
+std::size_t MainLoop::pendingTimerCount() const {
+  return static_cast<std::size_t>(std::count_if(timers_.begin(), timers_.end(),
+                                                [](const auto& entry) { return entry.second->isValid(); }));
+}
+
+void MainLoop::dropInvalidTimers() {
+  std::erase_if(timers_, [](const auto& entry) { return !entry.second->isValid(); });
+}
+
+std::shared_ptr<Timer> MainLoop::nextTimer() const {
+  for (const auto& [key, timer] : timers_) {
+    if (timer->isValid()) return timer;
+  }
+  return nullptr;
+}
+
+bool MainLoop::fireNextDueTimer() {
+  dropInvalidTimers();
+  if (timers_.empty() || timers_.begin()->first.first > now()) return false;
+  std::shared_ptr<Timer> timer = timers_.begin()->second;
+  timers_.erase(timers_.begin());
+  Timer::Block block = std::move(timer->block_);
+  timer->block_ = nullptr;
+  timer->valid_ = false;
+  if (block) block(*timer);
+  return true;
+}
+
+bool MainLoop::runTurn(const std::function<bool()>* predicate) {
+  bool ran = false;
+  std::deque<Task> batch;
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    batch.swap(tasks_);
+  }
+  while (!batch.empty()) {
+    Task task = std::move(batch.front());
+    batch.pop_front();
+    task();
+    ran = true;
+    if (predicate != nullptr && (*predicate)()) {
+      // Whatever this turn did not reach goes back in front of later posts.
+      std::lock_guard<std::mutex> lock(mutex_);
+      for (auto it = batch.rbegin(); it != batch.rend(); ++it) tasks_.push_front(std::move(*it));
+      return true;
+    }
+  }
+
+  // Timers due at the start of the timer phase; ones they schedule wait for a
+  // later turn.
+  const Clock::time_point horizon = now();
+  for (;;) {
+    dropInvalidTimers();
+    if (timers_.empty() || timers_.begin()->first.first > horizon) break;
+    fireNextDueTimer();
+    ran = true;
+    if (predicate != nullptr && (*predicate)()) return true;
+  }
+  return ran;
+}
+
+bool MainLoop::runUntil(const std::function<bool()>& predicate, Seconds timeout) {
+  const Clock::time_point deadline =
+      Clock::now() + std::chrono::duration_cast<Clock::duration>(std::max(timeout, Seconds(0)));
+  for (;;) {
+    if (predicate()) return true;
+    if (runTurn(&predicate)) continue;
+    if (Clock::now() >= deadline) return predicate();
+
+    Clock::time_point wake = deadline;
+    if (!virtual_time_) {
+      if (auto timer = nextTimer()) wake = std::min(wake, timer->fireDate());
+    }
+    std::unique_lock<std::mutex> lock(mutex_);
+    work_posted_.wait_until(lock, wake, [this] { return !tasks_.empty(); });
+  }
+}
+
+void MainLoop::runFor(Seconds duration) {
+  duration = std::max(duration, Seconds(0));
+  const auto span = std::chrono::duration_cast<Clock::duration>(duration);
+
+  if (virtual_time_) {
+    const Clock::time_point target = virtual_now_ + span;
+    for (;;) {
+      while (runTurn(nullptr)) {
+      }
+      auto timer = nextTimer();
+      if (!timer || timer->fireDate() > target) break;
+      virtual_now_ = std::max(virtual_now_, timer->fireDate());
+    }
+    virtual_now_ = std::max(virtual_now_, target);
+    return;
+  }
+
+  const Clock::time_point deadline = Clock::now() + span;
+  for (;;) {
+    const bool ran = runTurn(nullptr);
+    if (Clock::now() >= deadline) return;
+    if (ran) continue;
+    Clock::time_point wake = deadline;
+    if (auto timer = nextTimer()) wake = std::min(wake, timer->fireDate());
+    std::unique_lock<std::mutex> lock(mutex_);
+    work_posted_.wait_until(lock, wake, [this] { return !tasks_.empty(); });
+  }
+}
+
+}  // namespace obolo

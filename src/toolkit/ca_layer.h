@@ -1,0 +1,43 @@
+// The drawing properties of a view that the kit sets: shadow and rounding.
+//
+// Every view owns exactly one layer for its whole life (UIView::layer()). The
+// defaults are the platform's: an opaque black shadow colour at opacity 0, an
+// offset of (0, -3), a radius of 3, square corners, no clipping.
+
+#ifndef OBOLO_TOOLKIT_CA_LAYER_H_
+#define OBOLO_TOOLKIT_CA_LAYER_H_
+
+#include <optional>
+
+#include "toolkit/geometry.h"
+#include "toolkit/ui_color.h"
+
+namespace obolo {
+
+class CALayer {
+ public:
+  std::optional<UIColor> shadowColor() const { return shadow_color_; }
+  void setShadowColor(std::optional<UIColor> color) { shadow_color_ = color; }
+  float shadowOpacity() const { return shadow_opacity_; }
+  void setShadowOpacity(float opacity) { shadow_opacity_ = opacity; }
+  CGSize shadowOffset() const { return shadow_offset_; }
+  void setShadowOffset(CGSize offset) { shadow_offset_ = offset; }
+  CGFloat shadowRadius() const { return shadow_radius_; }
+  void setShadowRadius(CGFloat radius) { shadow_radius_ = radius; }
+  CGFloat cornerRadius() const { return corner_radius_; }
+  void setCornerRadius(CGFloat radius) { corner_radius_ = radius; }
+  bool masksToBounds() const { return masks_to_bounds_; }
+  void setMasksToBounds(bool masks) { masks_to_bounds_ = masks; }
+
+ private:
+  std::optional<UIColor> shadow_color_ = UIColor::black();
+  float shadow_opacity_ = 0;
+  CGSize shadow_offset_{0, -3};
+  CGFloat shadow_radius_ = 3;
+  CGFloat corner_radius_ = 0;
+  bool masks_to_bounds_ = false;
+};
+
+}  // namespace obolo
+
+#endif  // OBOLO_TOOLKIT_CA_LAYER_H_

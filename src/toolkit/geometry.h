@@ -1,0 +1,65 @@
+// Geometry in points, as the platform's Core Graphics types.
+//
+// The toolkit has no transforms: a view's frame is its bounds' size placed
+// around its centre, and a vector (a translation, say) reads the same in every
+// view's coordinates.
+
+#ifndef OBOLO_TOOLKIT_GEOMETRY_H_
+#define OBOLO_TOOLKIT_GEOMETRY_H_
+
+#include <iosfwd>
+
+namespace obolo {
+
+using CGFloat = double;
+
+struct CGPoint {
+  CGFloat x = 0;
+  CGFloat y = 0;
+  friend bool operator==(const CGPoint&, const CGPoint&) = default;
+};
+
+struct CGSize {
+  CGFloat width = 0;
+  CGFloat height = 0;
+  friend bool operator==(const CGSize&, const CGSize&) = default;
+};
+
+struct CGRect {
+  CGPoint origin;
+  CGSize size;
+
+  constexpr CGRect() = default;
+  constexpr CGRect(CGPoint o, CGSize s) : origin(o), size(s) {}
+  constexpr CGRect(CGFloat x, CGFloat y, CGFloat width, CGFloat height)
+      : origin{x, y}, size{width, height} {}
+
+  CGFloat width() const { return size.width; }
+  CGFloat height() const { return size.height; }
+  CGFloat minX() const { return origin.x; }
+  CGFloat maxX() const { return origin.x + size.width; }
+  CGFloat midX() const { return origin.x + size.width / 2; }
+  CGFloat minY() const { return origin.y; }
+  CGFloat maxY() const { return origin.y + size.height; }
+  CGFloat midY() const { return origin.y + size.height / 2; }
+
+  // The rectangle shrunk by dx on the left and right and dy on the top and
+  // bottom (grown for negative values), about the same centre.
+  CGRect insetBy(CGFloat dx, CGFloat dy) const {
+    return CGRect(origin.x + dx, origin.y + dy, size.width - 2 * dx, size.height - 2 * dy);
+  }
+  bool contains(CGPoint point) const {
+    return point.x >= minX() && point.x < maxX() && point.y >= minY() && point.y < maxY();
+  }
+
+  friend bool operator==(const CGRect&, const CGRect&) = default;
+};
+
+// Readable values in test failures.
+std::ostream& operator<<(std::ostream& out, const CGPoint& point);
+std::ostream& operator<<(std::ostream& out, const CGSize& size);
+std::ostream& operator<<(std::ostream& out, const CGRect& rect);
+
+}  // namespace obolo
+
+#endif  // OBOLO_TOOLKIT_GEOMETRY_H_

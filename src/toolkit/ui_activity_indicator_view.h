@@ -1,0 +1,35 @@
+// A spinner shown while something loads.
+//
+// As on the platform, it hides itself while stopped (hidesWhenStopped, on by
+// default) and shows itself when it starts.
+
+#ifndef OBOLO_TOOLKIT_UI_ACTIVITY_INDICATOR_VIEW_H_
+#define OBOLO_TOOLKIT_UI_ACTIVITY_INDICATOR_VIEW_H_
+
+#include "toolkit/ui_view.h"
+
+namespace obolo {
+
+class UIActivityIndicatorView : public UIView {
+ public:
+  // The platform's raw values.
+  enum class Style { whiteLarge = 0, white = 1, gray = 2, medium = 100, large = 101 };
+
+  explicit UIActivityIndicatorView(Style style = Style::medium) : style_(style) { setHidden(true); }
+
+  Style style() const { return style_; }
+  void startAnimating();
+  void stopAnimating();
+  bool isAnimating() const { return animating_; }
+  bool hidesWhenStopped() const { return hides_when_stopped_; }
+  void setHidesWhenStopped(bool hides);
+
+ private:
+  Style style_;
+  bool animating_ = false;
+  bool hides_when_stopped_ = true;
+};
+
+}  // namespace obolo
+
+#endif  // OBOLO_TOOLKIT_UI_ACTIVITY_INDICATOR_VIEW_H_

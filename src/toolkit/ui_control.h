@@ -1,0 +1,90 @@
+// A view that sends actions to targets when the reader acts on it.
+//
+// Targets are held weakly (see target_action.h). A test fires a tap with
+// sendActions(UIControlEvent::touchUpInside), as the platform's programmatic
+// call does, or with tap(), which first checks that a reader could tap the
+// control at all. Main thread only.
+
+#ifndef OBOLO_TOOLKIT_UI_CONTROL_H_
+#define OBOLO_TOOLKIT_UI_CONTROL_H_
+
+#include <memory>
+
+#include "toolkit/target_action.h"
+#include "toolkit/ui_view.h"
+
+namespace obolo {
+
+// The platform's raw values; an option set.
+enum class UIControlEvent : unsigned {
+  touchDown = 1u << 0,
+  touchUpInside = 1u << 6,
+  touchUpOutside = 1u << 7,
+  valueChanged = 1u << 12,
+  primaryActionTriggered = 1u << 13,
+};
+
+constexpr UIControlEvent operator|(UIControlEvent a, UIControlEvent b) {
+  return static_cast<UIControlEvent>(static_cast<unsigned>(a) | static_cast<unsigned>(b));
+}
+
+// The platform's raw values. Per-state properties fall back to `normal` for a
+// state that has none of its own.
+enum class UIControlState : unsigned { normal = 0, highlighted = 1, disabled = 2, selected = 4 };
+
+class UIControl : public UIView {
+ public:
+  using UIView::UIView;
+
+  template <class Target, class Method>
+  void addTarget(const std::shared_ptr<Target>& target, Method action, UIControlEvent events) {
+    actions_.add(target, action, static_cast<unsigned>(events));
+  }
+  // An action without a target (like the platform's UIAction); the control
+  // holds it and whatever it captures.
+  void addAction(TargetActionList<UIControl>::Action action, UIControlEvent events) {
+    actions_.add(std::move(action), static_cast<unsigned>(events));
+  }
+  // Removes the target's actions for `events` (every target's when null).
+  void removeTarget(const void* target, UIControlEvent events) {
+    actions_.remove(target, static_cast<unsigned>(events));
+  }
+
+  // Calls the actions registered for any of `events`, with this control as
+  // sender, whether or not the control is enabled or visible.
+  void sendActions(UIControlEvent events);
+  // A reader's tap: sends touchUpInside only when the control is enabled and it
+  // and its ancestors are shown and accept interaction. Returns whether it did.
+  bool tap();
+
+  bool isEnabled() const { return enabled_; }
+  void setEnabled(bool enabled) {
+    enabled_ = enabled;
+    stateDidChange();
+  }
+  bool isSelected() const { return selected_; }
+  void setSelected(bool selected) {
+    selected_ = selected;
+    stateDidChange();
+  }
+  bool isHighlighted() const { return highlighted_; }
+  void setHighlighted(bool highlighted) {
+    highlighted_ = highlighted;
+    stateDidChange();
+  }
+  UIControlState state() const;
+
+ protected:
+  // Called after enabled, selected or highlighted changed.
+  virtual void stateDidChange() {}
+
+ private:
+  TargetActionList<UIControl> actions_;
+  bool enabled_ = true;
+  bool selected_ = false;
+  bool highlighted_ = false;
+};
+
+}  // namespace obolo
+
+#endif  // OBOLO_TOOLKIT_UI_CONTROL_H_

@@ -1,0 +1,29 @@
+// A view that shows an image, or nothing.
+
+#ifndef OBOLO_TOOLKIT_UI_IMAGE_VIEW_H_
+#define OBOLO_TOOLKIT_UI_IMAGE_VIEW_H_
+
+#include <memory>
+
+#include "toolkit/ui_image.h"
+#include "toolkit/ui_view.h"
+
+namespace obolo {
+
+class UIImageView : public UIView {
+ public:
+  using UIView::UIView;
+  explicit UIImageView(std::shared_ptr<const UIImage> image) : image_(std::move(image)) {
+    if (image_) setFrame(CGRect(CGPoint{}, image_->size()));
+  }
+
+  const std::shared_ptr<const UIImage>& image() const { return image_; }
+  void setImage(std::shared_ptr<const UIImage> image) { image_ = std::move(image); }
+
+ private:
+  std::shared_ptr<const UIImage> image_;
+};
+
+}  // namespace obolo
+
+#endif  // OBOLO_TOOLKIT_UI_IMAGE_VIEW_H_

@@ -1,0 +1,38 @@
+// A message a web page posted to one of the native handlers registered with
+// its content controller (window.webkit.messageHandlers.<name>.postMessage).
+//
+// The body is whatever the page posted, as JSON: an object (a dictionary from
+// text keys to values), a string, a number, a boolean, an array or null.
+
+#ifndef OBOLO_TOOLKIT_WK_SCRIPT_MESSAGE_H_
+#define OBOLO_TOOLKIT_WK_SCRIPT_MESSAGE_H_
+
+#include <nlohmann/json.hpp>
+
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace obolo {
+
+class WKWebView;
+
+class WKScriptMessage {
+ public:
+  WKScriptMessage(std::string name, nlohmann::json body, std::weak_ptr<WKWebView> web_view)
+      : name_(std::move(name)), body_(std::move(body)), web_view_(std::move(web_view)) {}
+
+  // The name of the handler the page posted to.
+  const std::string& name() const { return name_; }
+  const nlohmann::json& body() const { return body_; }
+  std::shared_ptr<WKWebView> webView() const { return web_view_.lock(); }
+
+ private:
+  std::string name_;
+  nlohmann::json body_;
+  std::weak_ptr<WKWebView> web_view_;
+};
+
+}  // namespace obolo
+
+#endif  // OBOLO_TOOLKIT_WK_SCRIPT_MESSAGE_H_

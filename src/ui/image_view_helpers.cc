@@ -1,0 +1,46 @@
+#include "ui/image_view_helpers.h"
+
+#include <string>
+#include <utility>
+
+#include "platform/http_session.h"
+#include "platform/log.h"
+#include "platform/main_loop.h"
+#include "toolkit/ui_activity_indicator_view.h"
+#include "toolkit/url.h"
+
+namespace obolo {
+
+void imageFromURL(const std::shared_ptr<UIImageView>& imageView, std::string_view urlString) {
+  if (!imageView) return;
+  auto indicator = std::make_shared<UIActivityIndicatorView>(UIActivityIndicatorView::Style::large);
+  const CGRect frame = imageView->frame();
+  indicator->setFrame(CGRect(0, 0, frame.width(), frame.height()));
+  indicator->startAnimating();
+  if (!imageView->image()) imageView->addSubview(indicator);
+
+  LogLine(urlString);
+  auto url = URL::fromString(urlString);
+  if (!url) return;
+  const std::string scheme = url->scheme();
+  if (scheme != "http" && scheme != "https") {
+    LogLine("unsupported URL");
+    return;
+  }
+
+  HttpRequest request;
+  request.url = url->absoluteString();
+  HttpSession::shared()->dataTask(std::move(request), [imageView, indicator](HttpOutcome outcome) {
+    if (outcome.error != TransportError::kNone || !outcome.body) {
+      LogLine(outcome.errorDescription);
+      return;
+    }
+    MainLoop::main().post([imageView, indicator, body = std::move(*outcome.body)]() mutable {
+      auto image = UIImage::fromData(std::move(body));
+      indicator->removeFromSuperview();
+      imageView->setImage(std::move(image));
+    });
+  });
+}
+
+}  // namespace obolo

@@ -1,0 +1,59 @@
+#include "ui/hex_color.h"
+
+#include <gtest/gtest.h>
+
+namespace obolo {
+namespace {
+
+constexpr ColorComponents kGrey{0.5, 0.5, 0.5, 1.0};
+constexpr ColorComponents kBlack{0, 0, 0, 1.0};
+
+ColorComponents Rgb(int r, int g, int b) { return {r / 255.0, g / 255.0, b / 255.0, 1.0}; }
+
+TEST(HexColorTest, ParsesLikeThePlatformOnTrickyInputs) {
+  struct Case {
+    const char* text;
+    ColorComponents expected;
+  } cases[] = {
+      // Trimming, case and the one optional "#".
+      {"  #ff8800\n", Rgb(255, 136, 0)},
+      {"FF8800", Rgb(255, 136, 0)},
+      {"\xC2\xA0#00ff00\xE3\x80\x80", Rgb(0, 255, 0)},  // no-break space, ideographic space
+      {"##FF880", kBlack},                             // six left, but the scanner meets "#"
+      // Only exactly six characters count.
+      {"#FFF", kGrey},
+      {"#FF880080", kGrey},
+      {"", kGrey},
+      {"#", kGrey},
+      {" \t\r\n ", kGrey},
+      // The scanner: longest hexadecimal prefix, optional 0X, white space skipped.
+      {"12ZZZZ", Rgb(0, 0, 18)},
+      {"#ff88zz", Rgb(0, 255, 136)},
+      {"0X12AB", Rgb(0, 0x12, 0xAB)},
+      {"0x12ab", Rgb(0, 0x12, 0xAB)},
+      {"0XZZZZ", kBlack},
+      {"# FF880", Rgb(0x0F, 0xF8, 0x80)},
+      {"#\r\nFF880", Rgb(0x0F, 0xF8, 0x80)},  // CR LF is one character
+      // User-perceived characters, after full upper-casing.
+      {"FF8800\xCC\x81", Rgb(255, 136, 0)},  // a combining accent joins the last digit
+      {"FF880\xCC\x81", kGrey},              // ...so this is five characters
+      {"\xEF\xAC\x80" "8800", Rgb(255, 136, 0)},  // the ligature "ff" upper-cases to "FF"
+      {"\xC3\x9F" "ABCD", kBlack},                // "ß" upper-cases to "SS": six, and no digit
+      {"\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA" "ABCDE", kBlack},  // a flag is one character
+  };
+  for (const auto& c : cases) {
+    const ColorComponents got = HexColorComponents(c.text);
+    EXPECT_DOUBLE_EQ(got.red, c.expected.red) << '"' << c.text << '"';
+    EXPECT_DOUBLE_EQ(got.green, c.expected.green) << '"' << c.text << '"';
+    EXPECT_DOUBLE_EQ(got.blue, c.expected.blue) << '"' << c.text << '"';
+    EXPECT_DOUBLE_EQ(got.alpha, 1.0) << '"' << c.text << '"';
+  }
+}
+
+TEST(HexColorTest, UIColorCarriesTheParsedComponents) {
+  EXPECT_EQ(hexStringToUIColor("#2880EB"), UIColor(40 / 255.0, 128 / 255.0, 235 / 255.0, 1.0));
+  EXPECT_EQ(hexStringToUIColor("#FFF"), UIColor::gray());
+}
+
+}  // namespace
+}  // namespace obolo

@@ -1,0 +1,38 @@
+#include "ui/label_helpers.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/log_capture.h"
+
+namespace obolo {
+namespace {
+
+TEST(ReplaceTextTest, OnlyTheExactFundsMessageIgnoringCaseGainsTheHint) {
+  const std::string hint = " Please check your mail.";
+  struct Case {
+    const char* text;
+    bool gains_hint;
+  } cases[] = {
+      {" you don\xE2\x80\x99t have sufficient funds.", true},
+      {" You don\xE2\x80\x99t have sufficient funds.", true},
+      {" YOU DON\xE2\x80\x99T HAVE SUFFICIENT FUNDS.", true},
+      {"you don\xE2\x80\x99t have sufficient funds.", false},    // no leading space
+      {" you don't have sufficient funds.", false},              // straight apostrophe
+      {" you don\xE2\x80\x99t have sufficient funds", false},    // no full stop
+      {" you don\xE2\x80\x99t have sufficient funds. ", false},  // trailing space
+      {"Unlock this article for 0.50 EUR", false},
+      {"", false},
+  };
+  for (const auto& c : cases) {
+    testing::LogCapture log;
+    UILabel label;
+    replace(label, c.text);
+    EXPECT_EQ(label.text(), c.gains_hint ? c.text + hint : std::string(c.text)) << c.text;
+    EXPECT_EQ(log.lines(), std::vector<std::string>{c.text});
+  }
+}
+
+}  // namespace
+}  // namespace obolo
