@@ -136,6 +136,14 @@ bool Sandbox::Impl::start() {
   // Idle keep-alive connections hold a worker; a short timeout keeps stop()
   // quick when a client keeps its connections pooled.
   candidate->set_keep_alive_timeout(1);
+  // cpp-httplib's default listening options include SO_REUSEPORT, which lets
+  // a second server bind a port that is already serving and then splits the
+  // connections between the two. SO_REUSEADDR alone still allows a quick
+  // restart on the same port but refuses a port in use.
+  candidate->set_socket_options([](socket_t sock) {
+    int yes = 1;
+    setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+  });
   AddRoutes(*candidate, front, api, login);
 
   int bound = -1;
