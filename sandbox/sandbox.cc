@@ -144,6 +144,9 @@ bool Sandbox::Impl::start() {
     int yes = 1;
     setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
   });
+  // Request bodies of the service are small JSON objects; anything larger is
+  // refused with HTTP 413 instead of being held in memory.
+  candidate->set_payload_max_length(1 << 20);
   AddRoutes(*candidate, front, api, login);
 
   int bound = -1;
