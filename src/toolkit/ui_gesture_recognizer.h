@@ -17,7 +17,14 @@ namespace obolo {
 
 class UIView;
 
-enum class UIGestureRecognizerState { possible = 0, began = 1, changed = 2, ended = 3, cancelled = 4, failed = 5 };
+enum class UIGestureRecognizerState {
+  possible = 0,
+  began = 1,
+  changed = 2,
+  ended = 3,
+  cancelled = 4,
+  failed = 5
+};
 
 class UIGestureRecognizer : public NSObject {
  public:

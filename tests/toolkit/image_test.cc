@@ -1,5 +1,3 @@
-#include "toolkit/ui_image.h"
-
 #include <gtest/gtest.h>
 #include <unistd.h>
 #include <zlib.h>
@@ -11,6 +9,7 @@
 #include <string>
 
 #include "toolkit/image_data.h"
+#include "toolkit/ui_image.h"
 
 namespace obolo {
 namespace {
@@ -92,8 +91,9 @@ TEST(ImageDataTest, WellFormedPngsAreImagesOfTheirSize) {
   // Pixel data split over two chunks is one stream.
   const PngSpec spec{.width = 40, .height = 40};
   const std::string stream = Deflate(RawRows(spec));
-  const std::string split = Header(spec) + Chunk("IDAT", stream.substr(0, 10)) + Chunk("IDAT", stream.substr(10)) +
-                            Chunk("tEXt", "Comment\0x") + Chunk("IEND", "");
+  const std::string split = Header(spec) + Chunk("IDAT", stream.substr(0, 10)) +
+                            Chunk("IDAT", stream.substr(10)) + Chunk("tEXt", "Comment\0x") +
+                            Chunk("IEND", "");
   EXPECT_TRUE(InspectImageData(split));
 }
 
@@ -129,8 +129,8 @@ TEST(ImageDataTest, DamagedPngsAreNoImages) {
 TEST(ImageDataTest, JpegAndGifAreRecognisedByTheirHeaders) {
   // SOI, APP0 (JFIF), SOF0 of 640 x 480 with 3 components, then EOI.
   const std::string jpeg = std::string("\xFF\xD8", 2) + std::string("\xFF\xE0\x00\x04\x00\x00", 6) +
-                           std::string("\xFF\xC0\x00\x11\x08\x01\xE0\x02\x80\x03", 10) + std::string(9, '\x01') +
-                           std::string("\xFF\xD9", 2);
+                           std::string("\xFF\xC0\x00\x11\x08\x01\xE0\x02\x80\x03", 10) +
+                           std::string(9, '\x01') + std::string("\xFF\xD9", 2);
   auto info = InspectImageData(jpeg);
   ASSERT_TRUE(info.has_value());
   EXPECT_EQ(info->format, ImageFormat::jpeg);

@@ -1,11 +1,10 @@
-#include "toolkit/ui_pan_gesture_recognizer.h"
-
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <vector>
 
 #include "toolkit/ui_button.h"
+#include "toolkit/ui_pan_gesture_recognizer.h"
 
 namespace obolo {
 namespace {
@@ -41,9 +40,9 @@ TEST(UIPanGestureRecognizerTest, EachCallbackReadsTheMovementSinceTheLastReset) 
   pan->simulate(UIGestureRecognizerState::ended, CGPoint{1, 1});
   // Without the reset the moves would add up to (5,5)+(15,5)+(15,25)+(16,26).
   EXPECT_EQ(dragger->dragged->center(), (CGPoint{20 + 16, 20 + 26}));
-  EXPECT_EQ(dragger->states,
-            (std::vector<UIGestureRecognizerState>{UIGestureRecognizerState::began, UIGestureRecognizerState::changed,
-                                                   UIGestureRecognizerState::changed, UIGestureRecognizerState::ended}));
+  EXPECT_EQ(dragger->states, (std::vector<UIGestureRecognizerState>{
+                                 UIGestureRecognizerState::began, UIGestureRecognizerState::changed,
+                                 UIGestureRecognizerState::changed, UIGestureRecognizerState::ended}));
 }
 
 TEST(UIPanGestureRecognizerTest, TranslationAccumulatesUntilResetAndRestartsWithANewGesture) {
