@@ -57,6 +57,22 @@ TEST(UIPanGestureRecognizerTest, TranslationAccumulatesUntilResetAndRestartsWith
   EXPECT_EQ(pan->translation(view), (CGPoint{1, 0}));
 }
 
+TEST(UIPanGestureRecognizerTest, ATargetlessActionSeesThePanAsItsSender) {
+  auto view = std::make_shared<UIView>();
+  auto pan = std::make_shared<UIPanGestureRecognizer>();
+  view->addGestureRecognizer(pan);
+  std::vector<CGPoint> seen;
+  // The view owns the recogniser, which owns the action: a weak capture only.
+  pan->addAction(
+      [&seen, weak = std::weak_ptr<UIView>(view)](const std::shared_ptr<UIGestureRecognizer>& sender) {
+        auto panner = std::dynamic_pointer_cast<UIPanGestureRecognizer>(sender);
+        seen.push_back(panner->translation(weak.lock()));
+      });
+  pan->simulate(UIGestureRecognizerState::began, CGPoint{2, 3});
+  pan->simulate(UIGestureRecognizerState::changed, CGPoint{1, 1});
+  EXPECT_EQ(seen, (std::vector<CGPoint>{{2, 3}, {3, 4}}));
+}
+
 TEST(UIPanGestureRecognizerTest, DetachedOrDisabledRecognizerDoesNothing) {
   auto dragger = std::make_shared<Dragger>();
   auto pan = std::make_shared<UIPanGestureRecognizer>(dragger, &Dragger::panDidFire);
