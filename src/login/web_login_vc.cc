@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "platform/environment.h"
 #include "platform/log.h"
@@ -22,8 +23,53 @@ constexpr double kTopBarHeight = 44.0;
 constexpr double kDoneButtonWidth = 72.0;
 constexpr double kDoneButtonMargin = 8.0;
 
+using nlohmann::json;
+
+// A value as compact JSON; texts that are not UTF-8 get replacement characters
+// instead of failing.
+void AppendScalar(const json& value, std::string& out) {
+  out += value.dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
+// The body as one line of compact JSON, the same text json::dump() writes, but
+// without recursion: a page can post nesting deep enough to overflow the stack
+// of a recursive writer.
+std::string OneLine(const json& body) {
+  struct Open {
+    const json* container;
+    json::const_iterator next;
+  };
+  std::string out;
+  std::vector<Open> open;
+  auto begin = [&](const json& value) {
+    if (value.is_object() || value.is_array()) {
+      out += value.is_object() ? '{' : '[';
+      open.push_back({&value, value.cbegin()});
+    } else {
+      AppendScalar(value, out);
+    }
+  };
+  begin(body);
+  while (!open.empty()) {
+    Open& top = open.back();
+    if (top.next == top.container->cend()) {
+      out += top.container->is_object() ? '}' : ']';
+      open.pop_back();
+      continue;
+    }
+    if (top.next != top.container->cbegin()) out += ',';
+    const auto element = top.next++;
+    if (top.container->is_object()) {
+      AppendScalar(json(element.key()), out);
+      out += ':';
+    }
+    begin(*element);  // may grow `open`: `top` is not used after this
+  }
+  return out;
+}
+
 // The text under `key` when the body has one there, else nothing.
-std::optional<std::string> TextAt(const nlohmann::json& body, const char* key) {
+std::optional<std::string> TextAt(const json& body, const char* key) {
   auto found = body.find(key);
   if (found == body.end() || !found->is_string()) return std::nullopt;
   return found->get<std::string>();
@@ -142,10 +188,8 @@ void WebLoginVC::loadRequest() {
 void WebLoginVC::onDoneButtonTapped(const std::any& /*sender*/) { dismiss(/*animated=*/true); }
 
 void WebLoginVC::userContentController(WKUserContentController& /*controller*/, const WKScriptMessage& message) {
-  const nlohmann::json& body = message.body();
-  // Texts from the page need not be valid UTF-8; they are written with
-  // replacement characters rather than failing.
-  LogLine(body.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace), LogContent::kCredential);
+  const json& body = message.body();
+  LogLine(OneLine(body), LogContent::kCredential);
   if (!body.is_object()) return;
   auto deviceKey = TextAt(body, "device_key");
   if (!deviceKey) return;

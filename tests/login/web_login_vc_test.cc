@@ -247,23 +247,32 @@ TEST_F(WebLoginTest, MessageWithoutBothKeysAsTextsIsWrittenOutAndIgnored) {
   EXPECT_EQ(calls[0].deviceKey, "dk");
 }
 
+// Nesting deep enough to overflow the stack of a recursive JSON writer, built
+// and handed on by moves only (a copy would recurse too).
+json DeepBody() {
+  json deep = {{"bottom", true}};
+  for (int i = 0; i < 300000; ++i) deep = i % 2 ? json::array({std::move(deep)}) : json{{"k", std::move(deep)}};
+  return deep;
+}
+
 TEST_F(WebLoginTest, HostileBodiesAreWrittenOutWithoutHarm) {
   ShowHost();
   auto screen = PresentLogin();
 
-  json deep = "bottom";
-  for (int i = 0; i < 2000; ++i) deep = json::array({std::move(deep)});
-  const json bodies[] = {
-      std::string("\xff\xfe not UTF-8 \xc3"),
-      {{"device_key", std::string("\xc3\x28", 2)}, {"junk", std::string("\xed\xa0\x80", 3)}},
-      std::string(4 * 1024 * 1024, 'k'),
-      {{"device_key", std::string(1024 * 1024, 'd')}},
-      deep,
-      {{"device_key", deep}, {"login_key", "lk"}},
-  };
-  for (const auto& body : bodies) {
+  const std::string notUtf8 = "\xff\xfe not UTF-8 \xc3";
+  std::vector<json> bodies;
+  bodies.emplace_back(notUtf8);
+  bodies.push_back({{"device_key", "\xc3\x28"}, {"junk", "\xed\xa0\x80"}});
+  bodies.emplace_back(std::string(4 * 1024 * 1024, 'k'));
+  bodies.push_back({{"device_key", std::string(1024 * 1024, 'd')}});
+  bodies.push_back(DeepBody());
+  json deepKey = {{"login_key", "lk"}};
+  deepKey["device_key"] = DeepBody();
+  bodies.push_back(std::move(deepKey));
+
+  for (auto& body : bodies) {
     log.clear();
-    screen->webview->postMessageFromPage("obHandler", body);
+    screen->webview->postMessageFromPage("obHandler", std::move(body));
     Settle();
     EXPECT_EQ(host->presentedViewController(), screen);
     const auto lines = CredentialLines();
@@ -273,10 +282,27 @@ TEST_F(WebLoginTest, HostileBodiesAreWrittenOutWithoutHarm) {
   EXPECT_TRUE(calls.empty());
 
   log.clear();
-  screen->webview->postMessageFromPage("obHandler", bodies[0]);
+  screen->webview->postMessageFromPage("obHandler", notUtf8);
   Settle();
   EXPECT_NE(CredentialLines().at(0).find("\xef\xbf\xbd"), std::string::npos)
       << "bytes that are not UTF-8 are written as replacement characters";
+}
+
+TEST_F(WebLoginTest, BodyIsWrittenAsTheCompactJsonItWas) {
+  ShowHost();
+  auto screen = PresentLogin();
+  const char* texts[] = {
+      R"({"a":[1,2.5,{"b":null,"c":[]}],"d":{},"e":"tab\tquote\"","f":true})",
+      R"([[],[[]],{"x":[{"y":{"z":-3}}]}])",
+      R"("just text")",
+      "null",
+  };
+  for (const char* text : texts) {
+    log.clear();
+    screen->webview->postMessageFromPage("obHandler", json::parse(text));
+    Settle();
+    EXPECT_EQ(CredentialLines(), std::vector<std::string>{json::parse(text).dump()}) << text;
+  }
 }
 
 TEST_F(WebLoginTest, ValidMessageClosesTheScreenEvenWithoutACallback) {
