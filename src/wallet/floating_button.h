@@ -26,16 +26,25 @@ std::shared_ptr<UIButton> floatingButton(const UIViewController& controller);
 
 // Creates the button, attaches it (replacing an earlier one, which is not
 // taken off screen), snaps it to a socket, and adds it to the controller's view
-// `seconds` later on a main-loop timer. The timer keeps the controller alive
-// and adds whatever button is attached when it fires, even one removed meanwhile.
+// `after` seconds later on a main-loop timer (a delay of 0 or less is the
+// platform's shortest, 0.1 ms). The timer keeps the controller alive and adds
+// whatever button is attached when it fires, even one removed meanwhile. The
+// button's tap and drag target the controller weakly.
+// REQUIRES: the controller is owned by a std::shared_ptr; one that is not gets
+// no button (a line says so).
 void addFloatingButton(UIViewController& controller, std::int64_t after);
 
 // Takes the current button off screen. It stays attached.
 void removeFloatingButton(UIViewController& controller);
 
-// The six resting points for the controller's view and its button, in order:
-// left top, left bottom, right top, left middle, right middle, right bottom.
-std::array<CGPoint, 6> FloatingButtonSockets(const UIViewController& controller);
+// The six resting points for the controller's view (loaded if need be) and its
+// button, in order: left top, left bottom, right top, left middle, right
+// middle, right bottom. They lie within the view's bounds inset by 4 points
+// plus half the button's size (4 points alone without a button); the middle
+// two sit at half that rectangle's maxY, a little above the view's middle.
+// The button rests on the one nearest to it (the first listed on a tie) after
+// it is added and whenever a drag ends.
+std::array<CGPoint, 6> FloatingButtonSockets(UIViewController& controller);
 
 }  // namespace obolo
 

@@ -17,6 +17,7 @@
 #include <any>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "entry/global_variable.h"
 #include "network/response_records.h"
@@ -33,6 +34,10 @@ class LogoutController : public UIViewController {
  public:
   LogoutController();
 
+  // The text the balance label shows until an answer with a balance arrives,
+  // and keeps when none does.
+  static constexpr char kBalancePlaceholder[] = "\u2014";
+
   // Outlets, connected when the view loads.
   std::shared_ptr<UILabel> lblBalance;
   // The screen's other buttons, for the reader (and tests) to tap.
@@ -40,17 +45,27 @@ class LogoutController : public UIViewController {
   std::shared_ptr<UIButton> btnLogout;
   std::vector<std::shared_ptr<UIButton>> btnConsent;  // tags 0 terms, 1 privacy, 2 contact
 
+  // The shared record, fixed at construction.
   GlobalVariable& global;
 
+  // Builds the screen in code: the balance label, Cancel and Logout, and the
+  // three link buttons, each wired to its action.
   void loadView() override;
   // Starts the balance request.
   void viewDidLoad() override;
 
+  // Dismisses the screen, animated; nothing else.
   void onCancelButtonTapped(const std::any& sender);
+  // Starts the logout.
   void onLogoutButtonTapped(const std::any& sender);
-  void onConsentButtonsTaped(UIButton& sender);
+  // Opens the link of the tapped button's tag (0 terms, 2 contact, other
+  // privacy). A null sender does nothing.
+  void onConsentButtonsTaped(const std::shared_ptr<UIButton>& sender);
 
+  // Asks for the balance of the stored customer with the current publisher;
+  // an answer with `data` sets the label to BalanceText(data) on the main loop.
   void requestBalanceAndArticle();
+  // Tells the service the stored device logs out; see the header comment.
   void requestLogout();
 };
 
