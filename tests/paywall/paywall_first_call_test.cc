@@ -113,7 +113,7 @@ TEST_F(PaywallFirstCallTest, TheRefreshIsStoredWithoutTheMainLoopRunning) {
       sandbox_.createSession(seed::kReaderEmail, std::chrono::seconds(-60), std::chrono::hours(24)).value();
   StoreSession(session);
   host_.load();
-  ASSERT_TRUE(transfers.waitForHandled(1));
+  ASSERT_TRUE(transfers.waitForHandled(2));  // the logo and the refresh, in either order
   EXPECT_NE(global_.getAccessToken(), session.accessToken);
 }
 
@@ -139,7 +139,7 @@ TEST_F(PaywallFirstCallTest, ARefusedRefreshLeavesThePaywallHiddenAndTheArticleR
   StoreSession(session);
   testing::TransferObserver transfers;
   auto paywall = host_.load();
-  ASSERT_TRUE(transfers.waitForHandled(1));
+  ASSERT_TRUE(transfers.waitForHandled(2));  // the logo and the refresh
   MainLoop::main().runFor(std::chrono::seconds(1));
   EXPECT_EQ(PathsReceived(), std::vector<std::string>{sandbox::kNextAccessTokenPath});
   EXPECT_TRUE(PaywallHost::isHidden(*paywall));

@@ -10,6 +10,7 @@
 #include "platform/notification_center.h"
 #include "sandbox/default_world.h"
 #include "sandbox/paths.h"
+#include "support/call_probe.h"
 #include "support/log_capture.h"
 #include "support/paywall_host.h"
 #include "support/sandbox_environment.h"
