@@ -38,7 +38,7 @@ class Timeline {
     const auto now = Clock::now();
     const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(now - last_).count();
     last_ = now;
-    std::printf("  %6lld ms  %-16s %s\n", static_cast<long long>(took), name.c_str(), sees.c_str());
+    std::printf("  %6lld ms  %-18s %s\n", static_cast<long long>(took), name.c_str(), sees.c_str());
     std::fflush(stdout);
   }
   long long totalMilliseconds() const {
@@ -238,8 +238,13 @@ class Reader {
     storeSession(service_.sandbox->createSession(seed::kReaderEmail, accessLifetime, std::chrono::hours(24)).value());
     timeline_.step("session", std::string(accessLifetime.count() > 0 ? "a valid" : "an expired") +
                                   " access token is stored for " + seed::kReaderEmail);
+    const std::string stored = GlobalVariable::shared().getAccessToken();
     load(articleUrl);
-    const bool ok = showCard() && pay() && walletAndLogout();
+    if (!showCard()) return finish(false);
+    if (GlobalVariable::shared().getAccessToken() != stored) {
+      timeline_.step("refreshed", "the expired access token was replaced before the bid; refresh token kept");
+    }
+    const bool ok = pay() && walletAndLogout();
     return finish(ok);
   }
 
