@@ -14,7 +14,7 @@ case "$kind" in
   *) echo "unknown sanitizer '$kind' (address or thread)" >&2; exit 2 ;;
 esac
 
-OBOLO_SETUP_EXTRA="chromium nodejs ${OBOLO_SETUP_EXTRA:-}" scripts/setup.sh
+OBOLO_SETUP_EXTRA="chromium ${OBOLO_SETUP_EXTRA:-}" scripts/setup.sh
 if [[ ! -d tests/browser/node_modules/playwright-core ]]; then
   (cd tests/browser && npm ci --no-audit --no-fund --loglevel=error)
 fi

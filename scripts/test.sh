@@ -6,7 +6,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-OBOLO_SETUP_EXTRA="chromium nodejs ${OBOLO_SETUP_EXTRA:-}" scripts/setup.sh
+OBOLO_SETUP_EXTRA="chromium ${OBOLO_SETUP_EXTRA:-}" scripts/setup.sh
 if [[ ! -d tests/browser/node_modules/playwright-core ]]; then
   (cd tests/browser && npm ci --no-audit --no-fund --loglevel=error)
 fi
