@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
 
-#include <regex>
 #include <string>
 
 #include "sandbox_fixture.h"
@@ -55,9 +54,14 @@ TEST_F(IssuedTokenTest, LoginTokensCarryEveryClaimWithItsJsonTypeAndTheSetLifeti
     SCOPED_TRACE(c.member);
     ASSERT_TRUE(info[c.member].is_string());
     const std::string token = info[c.member];
-    EXPECT_TRUE(std::regex_match(token, std::regex(R"([A-Za-z0-9_-]+\.[A-Za-z0-9_-]+\.[A-Za-z0-9_-]+)"))) << token;
     auto parts = Segments(token);
     ASSERT_EQ(parts.size(), 3u);
+    for (const std::string& part : parts) {
+      EXPECT_FALSE(part.empty());
+      EXPECT_EQ(part.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_"),
+                std::string::npos)
+          << part;
+    }
 
     json header = DecodeSegment(parts[0]);
     EXPECT_EQ(header["alg"], "HS256");

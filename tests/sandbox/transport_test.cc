@@ -9,7 +9,6 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <regex>
 #include <set>
 #include <thread>
 
@@ -29,8 +28,7 @@ WireResponse GetLogo(const std::string& base_url, const std::string& ca_file) {
 TEST(TransportTest, HttpsIsTrustedThroughTheGeneratedCaFileOnly) {
   Sandbox sandbox;
   ASSERT_TRUE(sandbox.start()) << sandbox.error();
-  EXPECT_TRUE(std::regex_match(sandbox.baseUrl(), std::regex(R"(https://127\.0\.0\.1:[1-9][0-9]*)")))
-      << sandbox.baseUrl();
+  EXPECT_GT(sandbox.port(), 0);
   EXPECT_EQ(sandbox.baseUrl(), "https://127.0.0.1:" + std::to_string(sandbox.port()));
 
   EXPECT_EQ(GetLogo(sandbox.baseUrl(), sandbox.caFile()).status, 200);
