@@ -107,6 +107,37 @@ TEST_F(FaultTest, ClosedConnectionGivesTheHttpsClientNoResponse) {
   EXPECT_EQ(client_.call("POST", kCreateLoggedOutBidPath, BidBody(seed::kNormalArticleUrl)).status, 200);
 }
 
+TEST_F(FaultTest, ClosedConnectionFailsOnceEvenForAClientThatPoolsConnections) {
+  // One easy handle for every call, as a pooling client keeps its connections.
+  // libcurl repeats a request whose reused connection closed without an
+  // answer, so a fault on a reused connection would go unseen.
+  CURL* easy = curl_easy_init();
+  ASSERT_NE(easy, nullptr);
+  const std::string url = sandbox_.baseUrl() + kCreateLoggedOutBidPath;
+  const std::string body = BidBody(seed::kNormalArticleUrl).dump();
+  std::string sink;
+  curl_easy_setopt(easy, CURLOPT_URL, url.c_str());
+  curl_easy_setopt(easy, CURLOPT_CAINFO, sandbox_.caFile().c_str());
+  curl_easy_setopt(easy, CURLOPT_POSTFIELDS, body.c_str());
+  curl_easy_setopt(easy, CURLOPT_TIMEOUT, 20L);
+  curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, +[](char*, size_t size, size_t count, void*) { return size * count; });
+  auto perform = [&] {
+    long status = 0;
+    CURLcode code = curl_easy_perform(easy);
+    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    return std::make_pair(code, status);
+  };
+
+  EXPECT_EQ(perform(), std::make_pair(CURLE_OK, 200L));
+  sandbox_.setFault(kCreateLoggedOutBidPath, Fault::Once(FaultKind::kCloseWithoutResponse));
+  auto [code, status] = perform();
+  EXPECT_NE(code, CURLE_OK);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(perform(), std::make_pair(CURLE_OK, 200L));
+  EXPECT_EQ(sandbox_.requestsTo(kCreateLoggedOutBidPath).size(), 3u);
+  curl_easy_cleanup(easy);
+}
+
 TEST_F(FaultTest, SlowAnswerArrivesAfterItsDelayAndIsTheNormalAnswer) {
   const auto delay = std::chrono::milliseconds(700);
   sandbox_.setFault(kCreateLoggedOutBidPath, Fault::Slow(delay));
