@@ -6,10 +6,9 @@
 #define OBOLO_SANDBOX_REQUEST_BODY_H_
 
 #include <cstdint>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
-
-#include <nlohmann/json.hpp>
 
 #include "sandbox/api_error.h"
 

@@ -99,12 +99,12 @@ TEST(TransportTest, TwoInstancesRunSideBySideWithoutSharingState) {
   auto session = first.createSession(seed::kReaderEmail);
   ASSERT_TRUE(session);
   json bid = to_first
-                 .call("POST", kCreateLoggedInBidPath, LoggedInBidBody(seed::kNormalArticleUrl, seed::kReaderId),
-                       session->accessToken)
+                 .call("POST", kCreateLoggedInBidPath,
+                       LoggedInBidBody(seed::kNormalArticleUrl, seed::kReaderId), session->accessToken)
                  .json()["data"];
   second.setFault(kAcceptBidPath, Fault::Always(FaultKind::kServerError));
-  WireResponse accepted = to_first.call("PUT", kAcceptBidPath, json{{"oboloBidId", bid["oboloBidId"]}},
-                                        session->accessToken);
+  WireResponse accepted =
+      to_first.call("PUT", kAcceptBidPath, json{{"oboloBidId", bid["oboloBidId"]}}, session->accessToken);
   EXPECT_EQ(accepted.status, 200) << accepted.body;
 
   EXPECT_DOUBLE_EQ(*first.balance(seed::kReaderEmail), seed::kReaderBalance - seed::kNormalArticlePrice);
@@ -114,8 +114,8 @@ TEST(TransportTest, TwoInstancesRunSideBySideWithoutSharingState) {
   EXPECT_TRUE(second.requests().empty());
   // The first instance's token means nothing to the second.
   EXPECT_EQ(to_second
-                .call("POST", kCreateLoggedInBidPath, LoggedInBidBody(seed::kNormalArticleUrl, seed::kReaderId),
-                      session->accessToken)
+                .call("POST", kCreateLoggedInBidPath,
+                      LoggedInBidBody(seed::kNormalArticleUrl, seed::kReaderId), session->accessToken)
                 .status,
             401);
 }
@@ -136,8 +136,8 @@ TEST(TransportTest, StartAndStopAreIdempotentAndTheWorldSurvivesARestart) {
 
   ASSERT_TRUE(sandbox.start()) << sandbox.error();
   SandboxClient client(sandbox);
-  WireResponse balance =
-      client.call("POST", kBalanceAndArticlePath, json{{"customerId", seed::kCreditReaderId}}, session->accessToken);
+  WireResponse balance = client.call("POST", kBalanceAndArticlePath,
+                                     json{{"customerId", seed::kCreditReaderId}}, session->accessToken);
   EXPECT_EQ(balance.status, 200) << balance.body;
 }
 
