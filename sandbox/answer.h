@@ -21,7 +21,9 @@ struct Answer {
   std::string contentType = "application/json";
   std::string body;
 
-  static Answer FromJson(int status, const Json& json) { return Answer{status, "application/json", Dump(json)}; }
+  static Answer FromJson(int status, const Json& json) {
+    return Answer{status, "application/json", Dump(json)};
+  }
 };
 
 // The shape of a route's JSON answers, which decides what a fault that

@@ -20,8 +20,8 @@ struct ApiError {
 template <typename T>
 class Outcome {
  public:
-  Outcome(T value) : state_(std::move(value)) {}             // NOLINT: implicit by design
-  Outcome(ApiError error) : state_(std::move(error)) {}      // NOLINT: implicit by design
+  Outcome(T value) : state_(std::move(value)) {}         // NOLINT: implicit by design
+  Outcome(ApiError error) : state_(std::move(error)) {}  // NOLINT: implicit by design
 
   bool ok() const { return std::holds_alternative<T>(state_); }
   // REQUIRES: ok().

@@ -8,7 +8,9 @@
 namespace obolo::sandbox {
 namespace {
 
-Answer Refusal(const ApiError& error) { return Answer::FromJson(error.status, ErrorEnvelope(error.status, error.message)); }
+Answer Refusal(const ApiError& error) {
+  return Answer::FromJson(error.status, ErrorEnvelope(error.status, error.message));
+}
 
 // Reads the create-bid members; logged-in bids also read the access key and
 // the customer id.
@@ -94,8 +96,8 @@ Answer ApiService::nextAccessToken(const Call& call) {
   if (body.value().error()) return Refusal(*body.value().error());
   auto refresh = world_.nextAccessToken(device_key, email, refresh_token);
   if (!refresh.ok()) return Refusal(refresh.error());
-  return Answer::FromJson(200,
-                          SuccessEnvelopeWithStatus("Access token refreshed", RefreshedCustomerInfoJson(refresh.value())));
+  return Answer::FromJson(
+      200, SuccessEnvelopeWithStatus("Access token refreshed", RefreshedCustomerInfoJson(refresh.value())));
 }
 
 Answer ApiService::acceptBid(const Call& call) {

@@ -51,7 +51,8 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
         return result;
       }
       (name == "--access-token-lifetime" ? result.options.accessTokenLifetime
-                                         : result.options.refreshTokenLifetime) = std::chrono::seconds(*seconds);
+                                         : result.options.refreshTokenLifetime) =
+          std::chrono::seconds(*seconds);
     } else {
       result.error = "unknown option " + arguments[i];
       return result;

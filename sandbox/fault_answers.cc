@@ -35,7 +35,8 @@ std::optional<Answer> FaultAnswer(const Fault& fault, Envelope envelope) {
     case FaultKind::kHtmlErrorPage:
       return Answer{502, "text/html; charset=utf-8", kHtmlErrorPage};
     case FaultKind::kMalformedJson:
-      return Answer{200, "application/json", R"({"success":true,"message":"Bid created","data":{"oboloBidId":)"};
+      return Answer{200, "application/json",
+                    R"({"success":true,"message":"Bid created","data":{"oboloBidId":)"};
     case FaultKind::kWrongType:
       return Answer{200, "application/json", WrongTypeBody(envelope)};
     case FaultKind::kFailureWithMessage: {

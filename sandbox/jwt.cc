@@ -6,8 +6,8 @@
 #include <openssl/rand.h>
 
 #include <array>
-#include <random>
 #include <nlohmann/json.hpp>
+#include <random>
 
 namespace obolo::sandbox {
 namespace {
@@ -25,10 +25,10 @@ int SextetOf(char c) {
 
 // The claims as a JSON object, integers as JSON integers.
 nlohmann::ordered_json ClaimsJson(const TokenClaims& claims) {
-  return {{"jti", claims.jti},         {"username", claims.username}, {"token_use", claims.tokenUse},
-          {"iss", claims.iss},         {"scope", claims.scope},       {"exp", claims.exp},
-          {"sub", claims.sub},         {"event_id", claims.eventId},  {"client_id", claims.clientId},
-          {"iat", claims.iat},         {"auth_time", claims.authTime}};
+  return {{"jti", claims.jti}, {"username", claims.username}, {"token_use", claims.tokenUse},
+          {"iss", claims.iss}, {"scope", claims.scope},       {"exp", claims.exp},
+          {"sub", claims.sub}, {"event_id", claims.eventId},  {"client_id", claims.clientId},
+          {"iat", claims.iat}, {"auth_time", claims.authTime}};
 }
 
 bool ReadText(const nlohmann::json& payload, const char* key, std::string& out) {
@@ -70,8 +70,8 @@ std::string Base64UrlEncode(std::string_view bytes) {
   out.reserve((bytes.size() * 4 + 2) / 3);
   std::size_t i = 0;
   for (; i + 3 <= bytes.size(); i += 3) {
-    unsigned v = (static_cast<unsigned char>(bytes[i]) << 16) | (static_cast<unsigned char>(bytes[i + 1]) << 8) |
-                 static_cast<unsigned char>(bytes[i + 2]);
+    unsigned v = (static_cast<unsigned char>(bytes[i]) << 16) |
+                 (static_cast<unsigned char>(bytes[i + 1]) << 8) | static_cast<unsigned char>(bytes[i + 2]);
     out += kAlphabet[(v >> 18) & 63];
     out += kAlphabet[(v >> 12) & 63];
     out += kAlphabet[(v >> 6) & 63];
@@ -83,7 +83,8 @@ std::string Base64UrlEncode(std::string_view bytes) {
     out += kAlphabet[(v >> 18) & 63];
     out += kAlphabet[(v >> 12) & 63];
   } else if (rest == 2) {
-    unsigned v = (static_cast<unsigned char>(bytes[i]) << 16) | (static_cast<unsigned char>(bytes[i + 1]) << 8);
+    unsigned v =
+        (static_cast<unsigned char>(bytes[i]) << 16) | (static_cast<unsigned char>(bytes[i + 1]) << 8);
     out += kAlphabet[(v >> 18) & 63];
     out += kAlphabet[(v >> 12) & 63];
     out += kAlphabet[(v >> 6) & 63];

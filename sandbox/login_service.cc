@@ -7,7 +7,9 @@
 namespace obolo::sandbox {
 namespace {
 
-Answer Refusal(const ApiError& error) { return Answer::FromJson(error.status, ErrorEnvelope(error.status, error.message)); }
+Answer Refusal(const ApiError& error) {
+  return Answer::FromJson(error.status, ErrorEnvelope(error.status, error.message));
+}
 
 }  // namespace
 
@@ -46,7 +48,9 @@ Answer LoginService::verifyCode(const Call& call) {
 
 Answer LoginService::LoginPage() { return Answer{200, "text/html; charset=utf-8", LoginPageHtml()}; }
 
-Answer LoginService::WindowModePage() { return Answer{200, "text/html; charset=utf-8", WindowModePageHtml()}; }
+Answer LoginService::WindowModePage() {
+  return Answer{200, "text/html; charset=utf-8", WindowModePageHtml()};
+}
 
 Answer LoginService::PublisherLogo() { return Answer{200, "image/png", PublisherLogoPng()}; }
 

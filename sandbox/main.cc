@@ -34,7 +34,8 @@ void PrintWelcome(const obolo::sandbox::Sandbox& sandbox) {
   if (!sandbox.caFile().empty()) std::cout << "CA certificate: " << sandbox.caFile() << "\n";
   std::cout << "\nPoint the kit at it:\n";
   std::cout << "export OBOLO_API_BASE_URL=" << ShellQuoted(base) << "\n";
-  if (!sandbox.caFile().empty()) std::cout << "export OBOLO_CA_FILE=" << ShellQuoted(sandbox.caFile()) << "\n";
+  if (!sandbox.caFile().empty())
+    std::cout << "export OBOLO_CA_FILE=" << ShellQuoted(sandbox.caFile()) << "\n";
   std::cout << "export OBOLO_WALLET_ORIGIN=" << ShellQuoted(base) << "\n";
   std::cout << "export OBOLO_REDIRECT_ORIGIN=" << ShellQuoted(base) << "\n";
   std::cout << "export OBOLO_LOGIN_LOGO_URL=" << ShellQuoted(sandbox.logoUrl()) << "\n";
@@ -52,8 +53,9 @@ void PrintWelcome(const obolo::sandbox::Sandbox& sandbox) {
             << FormatPrice(seed::kExpensiveArticlePrice, seed::kCurrency) << "\n"
             << "  customer   " << seed::kReaderEmail << " (id " << seed::kReaderId << "), balance "
             << FormatPrice(seed::kReaderBalance, seed::kCurrency) << ", no credit\n"
-            << "  customer   " << seed::kCreditReaderEmail << " (id " << seed::kCreditReaderId << "), balance "
-            << FormatPrice(seed::kCreditReaderBalance, seed::kCurrency) << ", credit allowed\n";
+            << "  customer   " << seed::kCreditReaderEmail << " (id " << seed::kCreditReaderId
+            << "), balance " << FormatPrice(seed::kCreditReaderBalance, seed::kCurrency)
+            << ", credit allowed\n";
   std::cout << "\nLogin page: " << sandbox.loginPageUrl(seed::kPublisherId, 0) << "\n"
             << "(the one-time code is shown on the page)\n\nStop with Ctrl-C." << std::endl;
 }

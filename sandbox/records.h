@@ -5,10 +5,9 @@
 #ifndef OBOLO_SANDBOX_RECORDS_H_
 #define OBOLO_SANDBOX_RECORDS_H_
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
-
-#include <nlohmann/json.hpp>
 
 #include "sandbox/world.h"
 
@@ -30,9 +29,10 @@ Json RefreshedCustomerInfoJson(const RefreshView& refresh);
 Json BalanceDataJson(const BalanceView& balance, std::string_view image_url);
 
 // Envelopes.
-Json SuccessEnvelope(std::string_view message, Json data);                  // OboloData
-Json SuccessEnvelopeWithStatus(std::string_view message, Json data);        // NextTokenData, BalanceAndArticleData, LogoutData
-Json ErrorEnvelope(int status, std::string_view message);                   // {success:false, message, statusCode}
+Json SuccessEnvelope(std::string_view message, Json data);  // OboloData
+Json SuccessEnvelopeWithStatus(std::string_view message,
+                               Json data);                 // NextTokenData, BalanceAndArticleData, LogoutData
+Json ErrorEnvelope(int status, std::string_view message);  // {success:false, message, statusCode}
 
 // JSON text of a record. Invalid UTF-8 in a text is replaced, never thrown on.
 std::string Dump(const Json& json);

@@ -18,7 +18,9 @@ const nlohmann::json* RequestBody::find(std::string_view key) const {
 }
 
 void RequestBody::fail(std::string_view key, const char* expected) {
-  if (!error_) error_ = ApiError{400, std::string(key) + " must be " + expected};
+  if (failed_) return;
+  failed_ = true;
+  error_ = ApiError{400, std::string(key) + " must be " + expected};
 }
 
 std::string RequestBody::text(std::string_view key) {

@@ -6,11 +6,9 @@
 #define OBOLO_SANDBOX_REQUEST_BODY_H_
 
 #include <cstdint>
-#include <optional>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
-
-#include <nlohmann/json.hpp>
 
 #include "sandbox/api_error.h"
 
@@ -26,8 +24,9 @@ class RequestBody {
   std::int64_t integer(std::string_view key);
   bool boolean(std::string_view key);
 
-  // The first member that had the wrong type, as an HTTP 400 error.
-  const std::optional<ApiError>& error() const { return error_; }
+  // The first member that had the wrong type, as an HTTP 400 error; nullptr
+  // while every member read so far had its type.
+  const ApiError* error() const { return failed_ ? &error_ : nullptr; }
 
  private:
   explicit RequestBody(nlohmann::json object) : object_(std::move(object)) {}
@@ -36,7 +35,8 @@ class RequestBody {
   void fail(std::string_view key, const char* expected);
 
   nlohmann::json object_;
-  std::optional<ApiError> error_;
+  bool failed_ = false;
+  ApiError error_;
 };
 
 }  // namespace obolo::sandbox

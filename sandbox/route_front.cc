@@ -40,7 +40,8 @@ RecordedRequest Record(const httplib::Request& request) {
 
 void Write(const Answer& answer, httplib::Response& response) {
   response.status = answer.status;
-  if (!answer.body.empty() || !answer.contentType.empty()) response.set_content(answer.body, answer.contentType);
+  if (!answer.body.empty() || !answer.contentType.empty())
+    response.set_content(answer.body, answer.contentType);
 }
 
 Answer InternalError(const std::string& message) {
@@ -55,7 +56,7 @@ RouteFront::RouteFront(RequestLog& log, FaultPlan& faults, StopSignal& stop)
 void RouteFront::serve(httplib::Server& server, Method method, const std::string& path, Envelope envelope,
                        Handler handler) {
   auto route = [this, path, envelope, handler = std::move(handler)](const httplib::Request& request,
-                                                                     httplib::Response& response) {
+                                                                    httplib::Response& response) {
     handle(request, response, path, envelope, handler);
   };
   const std::string pattern = ExactPattern(path);
@@ -73,15 +74,15 @@ void RouteFront::serve(httplib::Server& server, Method method, const std::string
 }
 
 void RouteFront::serveErrors(httplib::Server& server) {
-  server.set_error_handler(httplib::Server::HandlerWithResponse([](const httplib::Request&,
-                                                                   httplib::Response& response) {
-    // Routes write their own error bodies; only the server's bare errors are
-    // dressed here.
-    if (!response.body.empty()) return httplib::Server::HandlerResponse::Unhandled;
-    const char* message = response.status == 404 ? "No such route" : "The request cannot be served";
-    Write(Answer::FromJson(response.status, ErrorEnvelope(response.status, message)), response);
-    return httplib::Server::HandlerResponse::Handled;
-  }));
+  server.set_error_handler(
+      httplib::Server::HandlerWithResponse([](const httplib::Request&, httplib::Response& response) {
+        // Routes write their own error bodies; only the server's bare errors are
+        // dressed here.
+        if (!response.body.empty()) return httplib::Server::HandlerResponse::Unhandled;
+        const char* message = response.status == 404 ? "No such route" : "The request cannot be served";
+        Write(Answer::FromJson(response.status, ErrorEnvelope(response.status, message)), response);
+        return httplib::Server::HandlerResponse::Handled;
+      }));
   server.set_exception_handler([](const httplib::Request&, httplib::Response& response, std::exception_ptr) {
     Write(InternalError("unexpected failure"), response);
   });

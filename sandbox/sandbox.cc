@@ -50,15 +50,19 @@ void AddRoutes(httplib::Server& server, RouteFront& front, ApiService& api, Logi
   front.serve(server, M::kPut, kAcceptBidPath, Envelope::kOboloData, bind(&ApiService::acceptBid, api));
   front.serve(server, M::kPost, kBalanceAndArticlePath, Envelope::kBalanceAndArticleData,
               bind(&ApiService::balanceAndArticles, api));
-  front.serve(server, M::kPut, kLogoutDevicePath, Envelope::kLogoutData, bind(&ApiService::logoutDevice, api));
+  front.serve(server, M::kPut, kLogoutDevicePath, Envelope::kLogoutData,
+              bind(&ApiService::logoutDevice, api));
 
-  front.serve(server, M::kGet, kLoginPagePath, Envelope::kNone, [](const Call&) { return LoginService::LoginPage(); });
+  front.serve(server, M::kGet, kLoginPagePath, Envelope::kNone,
+              [](const Call&) { return LoginService::LoginPage(); });
   front.serve(server, M::kGet, kWindowModePath, Envelope::kNone,
               [](const Call&) { return LoginService::WindowModePage(); });
   front.serve(server, M::kGet, kPublisherLogoPath, Envelope::kNone,
               [](const Call&) { return LoginService::PublisherLogo(); });
-  front.serve(server, M::kPost, kLoginCodePath, Envelope::kLoginJson, bind(&LoginService::requestCode, login));
-  front.serve(server, M::kPost, kLoginVerifyPath, Envelope::kLoginJson, bind(&LoginService::verifyCode, login));
+  front.serve(server, M::kPost, kLoginCodePath, Envelope::kLoginJson,
+              bind(&LoginService::requestCode, login));
+  front.serve(server, M::kPost, kLoginVerifyPath, Envelope::kLoginJson,
+              bind(&LoginService::verifyCode, login));
   front.serveErrors(server);
 }
 
@@ -136,6 +140,7 @@ bool Sandbox::Impl::start() {
   // Idle keep-alive connections hold a worker; a short timeout keeps stop()
   // quick when a client keeps its connections pooled.
   candidate->set_keep_alive_timeout(1);
+  if (!options.keepAlive) candidate->set_keep_alive_max_count(1);
   // cpp-httplib's default listening options include SO_REUSEPORT, which lets
   // a second server bind a port that is already serving and then splits the
   // connections between the two. SO_REUSEADDR alone still allows a quick
@@ -160,7 +165,8 @@ bool Sandbox::Impl::start() {
     return fail("cannot listen on " + std::string(kHost) + ":" + std::to_string(options.port));
   }
 
-  const std::string url = std::string(options.https ? "https://" : "http://") + kHost + ":" + std::to_string(bound);
+  const std::string url =
+      std::string(options.https ? "https://" : "http://") + kHost + ":" + std::to_string(bound);
   {
     std::lock_guard lock(address_mutex);
     base_url = url;
@@ -254,14 +260,17 @@ std::string Sandbox::loginPageUrl(std::int64_t publisher_id, std::int64_t bid_id
   const std::string base = baseUrl();
   return base + "/?login_source=ios_paywall&login_publisher_id=" + std::to_string(publisher_id) +
          "&login_publisher_logo_url=" + base + kPublisherLogoPath +
-         "&login_publisher_bid_id=" + std::to_string(bid_id) + "&login_redirect_url=" + base + kWindowModePath;
+         "&login_publisher_bid_id=" + std::to_string(bid_id) + "&login_redirect_url=" + base +
+         kWindowModePath;
 }
 
 bool Sandbox::addPublisher(const Publisher& publisher) { return impl_->world.addPublisher(publisher); }
 bool Sandbox::addArticle(const Article& article) { return impl_->world.addArticle(article); }
 bool Sandbox::addCustomer(const Customer& customer) { return impl_->world.addCustomer(customer); }
 
-std::optional<Customer> Sandbox::customer(std::string_view email) const { return impl_->world.customer(email); }
+std::optional<Customer> Sandbox::customer(std::string_view email) const {
+  return impl_->world.customer(email);
+}
 
 std::optional<double> Sandbox::balance(std::string_view email) const {
   auto found = impl_->world.customer(email);
@@ -287,9 +296,12 @@ void Sandbox::reset() {
   impl_->faults.clearAll();
 }
 
-std::optional<LoginKeys> Sandbox::issueLoginKeys(std::string_view email) { return impl_->world.issueLoginKeys(email); }
+std::optional<LoginKeys> Sandbox::issueLoginKeys(std::string_view email) {
+  return impl_->world.issueLoginKeys(email);
+}
 
-std::optional<SessionKeys> Sandbox::createSession(std::string_view email, std::chrono::seconds access_lifetime,
+std::optional<SessionKeys> Sandbox::createSession(std::string_view email,
+                                                  std::chrono::seconds access_lifetime,
                                                   std::chrono::seconds refresh_lifetime) {
   return impl_->world.createSession(email, access_lifetime, refresh_lifetime);
 }

@@ -50,8 +50,14 @@ struct SandboxOptions {
   std::chrono::seconds refreshTokenLifetime{30 * 24 * 3600};
   // Start with the world of default_world.h, or with an empty one.
   bool seedDefaultWorld = true;
-  // Threads serving connections. An idle keep-alive connection holds one for
-  // up to a second.
+  // Whether a connection may carry more than one request. Off by default:
+  // every answer then says "Connection: close", so each request comes on a
+  // fresh connection. That keeps faults exact (libcurl silently repeats a
+  // request whose reused connection closed without any answer, which would
+  // hide a kCloseWithoutResponse fault) and lets stop() return at once.
+  bool keepAlive = false;
+  // Threads serving connections. With keepAlive, an idle connection holds
+  // one for up to a second.
   int workerThreads = 16;
 };
 

@@ -176,7 +176,8 @@ Outcome<BidView> World::createLoggedInBid(const Caller& caller, const BidRequest
   std::lock_guard lock(mutex_);
   if (!customers_.contains(caller.customerId)) return ApiError{401, "Unknown customer"};
   if (request.customerId != 0 && request.customerId != caller.customerId) {
-    return ApiError{403, "customerId " + std::to_string(request.customerId) + " does not match the access token"};
+    return ApiError{403,
+                    "customerId " + std::to_string(request.customerId) + " does not match the access token"};
   }
   for (const auto& [id, publisher] : publishers_) {
     if (EqualsIgnoringCase(publisher.domain, request.publisherDomain) && !request.accessKey.empty() &&
@@ -197,8 +198,8 @@ Outcome<BidView> World::acceptBid(const Caller& caller, std::int64_t bid_id, std
   }
   const Article& article = articles_.at(record.bid.articleId);
   if (!mode.empty() && mode != article.transactionMode) {
-    return ApiError{400, "oboloTransactionMode \"" + std::string(mode) + "\" does not match the bid's mode \"" +
-                             article.transactionMode + "\""};
+    return ApiError{400, "oboloTransactionMode \"" + std::string(mode) +
+                             "\" does not match the bid's mode \"" + article.transactionMode + "\""};
   }
 
   auto customer_it = customers_.find(caller.customerId);
@@ -207,8 +208,9 @@ Outcome<BidView> World::acceptBid(const Caller& caller, std::int64_t bid_id, std
   if (!ownsLocked(customer, article.id)) {
     const double price = article.priceInLocalCurrency;
     if (!customer.customer.creditAllowed && customer.customer.balance < price) {
-      return ApiError{402, "Insufficient balance: " + FormatPrice(customer.customer.balance, customer.customer.currency) +
-                               " is less than the price of " + FormatPrice(price, article.currency)};
+      return ApiError{
+          402, "Insufficient balance: " + FormatPrice(customer.customer.balance, customer.customer.currency) +
+                   " is less than the price of " + FormatPrice(price, article.currency)};
     }
     customer.customer.balance = RoundToCents(customer.customer.balance - price);
     customer.purchases.push_back(article.id);

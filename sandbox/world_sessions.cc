@@ -64,7 +64,8 @@ std::string World::issueToken(const CustomerRecord& record, const std::string& d
 }
 
 IssuedTokens World::issueSession(const CustomerRecord& record, const std::string& device_key,
-                                 std::chrono::seconds access_lifetime, std::chrono::seconds refresh_lifetime) {
+                                 std::chrono::seconds access_lifetime,
+                                 std::chrono::seconds refresh_lifetime) {
   IssuedTokens tokens;
   tokens.accessToken = issueToken(record, device_key, "access", access_lifetime);
   tokens.refreshToken = issueToken(record, device_key, "refresh", refresh_lifetime);
@@ -103,7 +104,8 @@ Outcome<CustomerBidView> World::customerBid(std::string_view device_key, std::in
   if (bid == bids_.end()) return ApiError{404, "Unknown bid " + std::to_string(bid_id)};
   auto key = login_keys_.find(login_key);
   if (key == login_keys_.end() || key->second.used) return ApiError{401, "Invalid or used login key"};
-  if (key->second.deviceKey != device_key) return ApiError{401, "The login key was not issued for this device"};
+  if (key->second.deviceKey != device_key)
+    return ApiError{401, "The login key was not issued for this device"};
   auto customer = customers_.find(key->second.customerId);
   auto device = devices_.find(device_key);
   if (customer == customers_.end() || device == devices_.end()) return ApiError{401, "Unknown customer"};
@@ -120,7 +122,8 @@ Outcome<CustomerBidView> World::customerBid(std::string_view device_key, std::in
   CustomerBidView view;
   view.bid = viewOf(bid->second);
   view.device = device->second.view;
-  view.tokens = issueSession(customer->second, device->second.view.deviceKey, access_lifetime_, refresh_lifetime_);
+  view.tokens =
+      issueSession(customer->second, device->second.view.deviceKey, access_lifetime_, refresh_lifetime_);
   view.loginKey = std::string(login_key);
   view.customerUnlocks = static_cast<std::int64_t>(customer->second.purchases.size());
   return view;
@@ -144,7 +147,8 @@ Outcome<RefreshView> World::nextAccessToken(std::string_view device_key, std::st
   std::lock_guard lock(mutex_);
   auto grant = grants_.find(claims.jti);
   if (grant == grants_.end() || grant->second.revoked) return ApiError{401, "Refresh token revoked"};
-  if (grant->second.deviceKey != device_key) return ApiError{401, "The refresh token belongs to another device"};
+  if (grant->second.deviceKey != device_key)
+    return ApiError{401, "The refresh token belongs to another device"};
   auto device = devices_.find(device_key);
   if (device == devices_.end() || !device->second.loggedIn) return ApiError{401, "The device is logged out"};
   auto customer = customers_.find(grant->second.customerId);

@@ -26,11 +26,11 @@ TEST_F(BearerTest, EveryBearerRouteRefusesTokensThatDoNotHold) {
   auto expired = sandbox_.createSession(seed::kReaderEmail, std::chrono::seconds(-1), std::chrono::hours(1));
   auto logged_out = sandbox_.createSession(seed::kReaderEmail);
   ASSERT_TRUE(session && expired && logged_out);
-  ASSERT_EQ(client_
-                .call("PUT", kLogoutDevicePath, json{{"deviceKey", logged_out->deviceKey}},
-                      logged_out->accessToken)
-                .status,
-            200);
+  ASSERT_EQ(
+      client_
+          .call("PUT", kLogoutDevicePath, json{{"deviceKey", logged_out->deviceKey}}, logged_out->accessToken)
+          .status,
+      200);
 
   Sandbox elsewhere;
   ASSERT_TRUE(elsewhere.start()) << elsewhere.error();
@@ -38,8 +38,9 @@ TEST_F(BearerTest, EveryBearerRouteRefusesTokensThatDoNotHold) {
   ASSERT_TRUE(foreign);
 
   // A payload naming another customer under the original signature.
-  const std::string forged = WithPayload(
-      session->accessToken, R"({"jti":"x","token_use":"access","sub":"102","exp":4102444800,"iat":0,"auth_time":0})");
+  const std::string forged =
+      WithPayload(session->accessToken,
+                  R"({"jti":"x","token_use":"access","sub":"102","exp":4102444800,"iat":0,"auth_time":0})");
   const std::string unsigned_token = Base64UrlEncode(R"({"alg":"none","typ":"JWT"})") + "." +
                                      Base64UrlEncode(R"({"token_use":"access","exp":4102444800})") + ".";
 
@@ -68,7 +69,9 @@ TEST_F(BearerTest, EveryBearerRouteRefusesTokensThatDoNotHold) {
   const Route routes[] = {
       {"POST", kCreateLoggedInBidPath, LoggedInBidBody(seed::kNormalArticleUrl, seed::kReaderId)},
       {"PUT", kAcceptBidPath, {{"oboloBidId", bid_id}, {"oboloTransactionMode", "normal"}}},
-      {"POST", kBalanceAndArticlePath, {{"customerId", seed::kReaderId}, {"publisherId", seed::kPublisherId}}},
+      {"POST",
+       kBalanceAndArticlePath,
+       {{"customerId", seed::kReaderId}, {"publisherId", seed::kPublisherId}}},
       {"PUT", kLogoutDevicePath, {{"deviceKey", session->deviceKey}, {"email", seed::kReaderEmail}}},
   };
 
@@ -96,8 +99,9 @@ TEST_F(BearerTest, EveryBearerRouteRefusesTokensThatDoNotHold) {
   EXPECT_FALSE(sandbox_.ownsArticle(seed::kReaderEmail, seed::kNormalArticleUrl));
   EXPECT_EQ(sandbox_.isDeviceLoggedOut(session->deviceKey), false);
   // The good token still works after all that.
-  EXPECT_EQ(client_.call("POST", kCreateLoggedInBidPath, LoggedInBidBody(seed::kNormalArticleUrl, seed::kReaderId),
-                         session->accessToken)
+  EXPECT_EQ(client_
+                .call("POST", kCreateLoggedInBidPath,
+                      LoggedInBidBody(seed::kNormalArticleUrl, seed::kReaderId), session->accessToken)
                 .status,
             200);
 }
@@ -106,7 +110,8 @@ TEST_F(BearerTest, LoggingOutOneDeviceLeavesTheCustomersOtherDevicesLoggedIn) {
   auto phone = sandbox_.createSession(seed::kReaderEmail);
   auto tablet = sandbox_.createSession(seed::kReaderEmail);
   ASSERT_TRUE(phone && tablet);
-  ASSERT_EQ(client_.call("PUT", kLogoutDevicePath, json{{"deviceKey", phone->deviceKey}}, phone->accessToken).status,
+  ASSERT_EQ(client_.call("PUT", kLogoutDevicePath, json{{"deviceKey", phone->deviceKey}}, phone->accessToken)
+                .status,
             200);
   const json body = {{"customerId", seed::kReaderId}, {"publisherId", seed::kPublisherId}};
   EXPECT_EQ(client_.call("POST", kBalanceAndArticlePath, body, phone->accessToken).status, 401);
@@ -116,8 +121,8 @@ TEST_F(BearerTest, LoggingOutOneDeviceLeavesTheCustomersOtherDevicesLoggedIn) {
 TEST_F(BearerTest, ACustomerCannotLogOutAnotherCustomersDevice) {
   auto reader = sandbox_.createSession(seed::kReaderEmail);
   auto other = sandbox_.createSession(seed::kCreditReaderEmail);
-  WireResponse response = client_.call("PUT", kLogoutDevicePath,
-                                       json{{"deviceKey", reader->deviceKey}}, other->accessToken);
+  WireResponse response =
+      client_.call("PUT", kLogoutDevicePath, json{{"deviceKey", reader->deviceKey}}, other->accessToken);
   EXPECT_EQ(response.status, 403);
   EXPECT_EQ(response.json()["success"], false);
   EXPECT_EQ(sandbox_.isDeviceLoggedOut(reader->deviceKey), false);

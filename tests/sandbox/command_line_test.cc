@@ -56,8 +56,9 @@ TEST(PriceFormatTest, SymbolsAndTwoDecimals) {
     const char* text;
   };
   const Case cases[] = {
-      {0.5, "EUR", "\u20AC0.50"}, {25, "EUR", "\u20AC25.00"}, {1.25, "USD", "$1.25"}, {0.1 + 0.2, "GBP", "\u00A30.30"},
-      {1, "CHF", "CHF 1.00"},     {-2, "EUR", "-\u20AC2.00"}, {-0.001, "EUR", "\u20AC0.00"},
+      {0.5, "EUR", "\u20AC0.50"},       {25, "EUR", "\u20AC25.00"}, {1.25, "USD", "$1.25"},
+      {0.1 + 0.2, "GBP", "\u00A30.30"}, {1, "CHF", "CHF 1.00"},     {-2, "EUR", "-\u20AC2.00"},
+      {-0.001, "EUR", "\u20AC0.00"},
   };
   for (const Case& c : cases) EXPECT_EQ(FormatPrice(c.amount, c.currency), c.text) << c.amount;
 }

@@ -1,13 +1,12 @@
 // A test program that opts into the shared sandbox finds the kit's variables
 // pointing at it before its first test runs.
 
-#include "support/sandbox_environment.h"
-
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
 #include <string>
 
+#include "support/sandbox_environment.h"
 #include "wire_client.h"
 
 OBOLO_USE_SANDBOX_ENVIRONMENT();
@@ -36,7 +35,8 @@ TEST(SandboxEnvironmentTest, AClientConfiguredOnlyFromTheVariablesReachesIt) {
   request.url = Variable("OBOLO_API_BASE_URL") + kCreateLoggedOutBidPath;
   request.caFile = Variable("OBOLO_CA_FILE");
   request.headers = {"Content-Type: application/json"};
-  request.body = R"({"articleUrl":"https://news.example/politics/city-budget-vote","publisherDomain":"news.example"})";
+  request.body =
+      R"({"articleUrl":"https://news.example/politics/city-budget-vote","publisherDomain":"news.example"})";
   WireResponse response = Send(request);
   EXPECT_EQ(response.status, 200) << response.error;
   EXPECT_EQ(obolo::testing::SandboxEnvironment::sandbox().requestsTo(kCreateLoggedOutBidPath).size(), 1u);

@@ -62,20 +62,26 @@ TEST_F(FaultTest, EachReplacingFaultReachesTheClientAsDescribed) {
        [](const WireResponse& r) {
          EXPECT_EQ(r.json(), (json{{"success", false}, {"message", "Bid expired"}}));
        }},
-      {"failure without a message", kCreateLoggedInBidPath, Fault::Once(FaultKind::kFailureWithoutMessage), 200,
-       [](const WireResponse& r) { EXPECT_EQ(r.json(), (json{{"success", false}})); }},
+      {"failure without a message", kCreateLoggedInBidPath, Fault::Once(FaultKind::kFailureWithoutMessage),
+       200,
+       [](const WireResponse& r) {
+         EXPECT_EQ(r.json(), (json{{"success", false}}));
+       }},
       {"empty body", kLogoutDevicePath, Fault::Once(FaultKind::kEmptyBody), 200,
        [](const WireResponse& r) {
          EXPECT_EQ(r.code, CURLE_OK);
          EXPECT_EQ(r.body, "");
        }},
       {"custom answer", kBalanceAndArticlePath, custom, 418,
-       [](const WireResponse& r) { EXPECT_EQ(r.body, R"({"data":{"recommendations":[{"articleId":"x"}]}})"); }},
+       [](const WireResponse& r) {
+         EXPECT_EQ(r.body, R"({"data":{"recommendations":[{"articleId":"x"}]}})");
+       }},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
     sandbox_.setFault(c.path, c.fault);
-    const char* method = std::string(c.path).find("/v1/") == 0 || std::string(c.path) == kAcceptBidPath ? "PUT" : "POST";
+    const char* method =
+        std::string(c.path).find("/v1/") == 0 || std::string(c.path) == kAcceptBidPath ? "PUT" : "POST";
     WireResponse response = client_.call(method, c.path, std::string("{}"));
     EXPECT_EQ(response.status, c.status) << response.error;
     c.check(response);
@@ -107,6 +113,38 @@ TEST_F(FaultTest, ClosedConnectionGivesTheHttpsClientNoResponse) {
   EXPECT_EQ(client_.call("POST", kCreateLoggedOutBidPath, BidBody(seed::kNormalArticleUrl)).status, 200);
 }
 
+TEST_F(FaultTest, ClosedConnectionFailsOnceEvenForAClientThatPoolsConnections) {
+  // One easy handle for every call, as a pooling client keeps its connections.
+  // libcurl repeats a request whose reused connection closed without an
+  // answer, so a fault on a reused connection would go unseen.
+  CURL* easy = curl_easy_init();
+  ASSERT_NE(easy, nullptr);
+  const std::string url = sandbox_.baseUrl() + kCreateLoggedOutBidPath;
+  const std::string body = BidBody(seed::kNormalArticleUrl).dump();
+  std::string sink;
+  curl_easy_setopt(easy, CURLOPT_URL, url.c_str());
+  curl_easy_setopt(easy, CURLOPT_CAINFO, sandbox_.caFile().c_str());
+  curl_easy_setopt(easy, CURLOPT_POSTFIELDS, body.c_str());
+  curl_easy_setopt(easy, CURLOPT_TIMEOUT, 20L);
+  curl_easy_setopt(
+      easy, CURLOPT_WRITEFUNCTION, +[](char*, size_t size, size_t count, void*) { return size * count; });
+  auto perform = [&] {
+    long status = 0;
+    CURLcode code = curl_easy_perform(easy);
+    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    return std::make_pair(code, status);
+  };
+
+  EXPECT_EQ(perform(), std::make_pair(CURLE_OK, 200L));
+  sandbox_.setFault(kCreateLoggedOutBidPath, Fault::Once(FaultKind::kCloseWithoutResponse));
+  auto [code, status] = perform();
+  EXPECT_NE(code, CURLE_OK);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(perform(), std::make_pair(CURLE_OK, 200L));
+  EXPECT_EQ(sandbox_.requestsTo(kCreateLoggedOutBidPath).size(), 3u);
+  curl_easy_cleanup(easy);
+}
+
 TEST_F(FaultTest, SlowAnswerArrivesAfterItsDelayAndIsTheNormalAnswer) {
   const auto delay = std::chrono::milliseconds(700);
   sandbox_.setFault(kCreateLoggedOutBidPath, Fault::Slow(delay));
@@ -123,7 +161,9 @@ TEST_F(FaultTest, SlowAnswerArrivesAfterItsDelayAndIsTheNormalAnswer) {
 TEST_F(FaultTest, FaultsCountTheirRequestsPerRouteOrLastUntilCleared) {
   sandbox_.setFault(kCreateLoggedOutBidPath, Fault::Times(FaultKind::kServerError, 2));
   sandbox_.setFault(kCustomerBidPath, Fault::Always(FaultKind::kHtmlErrorPage));
-  auto bid_status = [&] { return client_.call("POST", kCreateLoggedOutBidPath, BidBody(seed::kNormalArticleUrl)).status; };
+  auto bid_status = [&] {
+    return client_.call("POST", kCreateLoggedOutBidPath, BidBody(seed::kNormalArticleUrl)).status;
+  };
   auto customer_status = [&] { return client_.call("POST", kCustomerBidPath, std::string("{}")).status; };
 
   EXPECT_EQ(bid_status(), 500);
@@ -147,20 +187,22 @@ TEST_F(FaultTest, AFaultedAcceptNeverChargesAndASlowOneChargesOnce) {
   auto session = sandbox_.createSession(seed::kReaderEmail);
   ASSERT_TRUE(session);
   json bid = client_
-                 .call("POST", kCreateLoggedInBidPath, LoggedInBidBody(seed::kNormalArticleUrl, seed::kReaderId),
-                       session->accessToken)
+                 .call("POST", kCreateLoggedInBidPath,
+                       LoggedInBidBody(seed::kNormalArticleUrl, seed::kReaderId), session->accessToken)
                  .json()["data"];
   const json accept = {{"oboloBidId", bid["oboloBidId"]}, {"oboloTransactionMode", "normal"}};
-  for (FaultKind kind : {FaultKind::kServerError, FaultKind::kHtmlErrorPage, FaultKind::kMalformedJson,
-                         FaultKind::kWrongType, FaultKind::kFailureWithMessage, FaultKind::kFailureWithoutMessage,
-                         FaultKind::kEmptyBody, FaultKind::kCloseWithoutResponse}) {
+  for (FaultKind kind :
+       {FaultKind::kServerError, FaultKind::kHtmlErrorPage, FaultKind::kMalformedJson, FaultKind::kWrongType,
+        FaultKind::kFailureWithMessage, FaultKind::kFailureWithoutMessage, FaultKind::kEmptyBody,
+        FaultKind::kCloseWithoutResponse}) {
     sandbox_.setFault(kAcceptBidPath, Fault::Once(kind));
     client_.call("PUT", kAcceptBidPath, accept, session->accessToken);
     EXPECT_DOUBLE_EQ(*sandbox_.balance(seed::kReaderEmail), seed::kReaderBalance) << static_cast<int>(kind);
     EXPECT_FALSE(sandbox_.ownsArticle(seed::kReaderEmail, seed::kNormalArticleUrl));
   }
   sandbox_.setFault(kAcceptBidPath, Fault::Slow(std::chrono::milliseconds(50)));
-  EXPECT_EQ(client_.call("PUT", kAcceptBidPath, accept, session->accessToken).json()["data"]["unlocked"], true);
+  EXPECT_EQ(client_.call("PUT", kAcceptBidPath, accept, session->accessToken).json()["data"]["unlocked"],
+            true);
   EXPECT_DOUBLE_EQ(*sandbox_.balance(seed::kReaderEmail), seed::kReaderBalance - seed::kNormalArticlePrice);
 }
 
@@ -171,7 +213,8 @@ TEST_F(FaultTest, StoppingCutsASlowAnswerShort) {
   });
   // The request is recorded before the delay starts.
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (sandbox_.requestsTo(kCreateLoggedOutBidPath).empty() && std::chrono::steady_clock::now() < deadline) {
+  while (sandbox_.requestsTo(kCreateLoggedOutBidPath).empty() &&
+         std::chrono::steady_clock::now() < deadline) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   ASSERT_EQ(sandbox_.requestsTo(kCreateLoggedOutBidPath).size(), 1u);

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
 
-#include <regex>
 #include <string>
 
 #include "sandbox_fixture.h"
@@ -55,9 +54,14 @@ TEST_F(IssuedTokenTest, LoginTokensCarryEveryClaimWithItsJsonTypeAndTheSetLifeti
     SCOPED_TRACE(c.member);
     ASSERT_TRUE(info[c.member].is_string());
     const std::string token = info[c.member];
-    EXPECT_TRUE(std::regex_match(token, std::regex(R"([A-Za-z0-9_-]+\.[A-Za-z0-9_-]+\.[A-Za-z0-9_-]+)"))) << token;
     auto parts = Segments(token);
     ASSERT_EQ(parts.size(), 3u);
+    for (const std::string& part : parts) {
+      EXPECT_FALSE(part.empty());
+      EXPECT_EQ(part.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_"),
+                std::string::npos)
+          << part;
+    }
 
     json header = DecodeSegment(parts[0]);
     EXPECT_EQ(header["alg"], "HS256");
@@ -65,7 +69,8 @@ TEST_F(IssuedTokenTest, LoginTokensCarryEveryClaimWithItsJsonTypeAndTheSetLifeti
 
     json claims = DecodeSegment(parts[1]);
     ASSERT_TRUE(claims.is_object()) << parts[1];
-    for (const char* text : {"jti", "username", "token_use", "iss", "scope", "sub", "event_id", "client_id"}) {
+    for (const char* text :
+         {"jti", "username", "token_use", "iss", "scope", "sub", "event_id", "client_id"}) {
       EXPECT_TRUE(claims[text].is_string()) << text;
     }
     for (const char* integer : {"exp", "iat", "auth_time"}) {
@@ -76,9 +81,9 @@ TEST_F(IssuedTokenTest, LoginTokensCarryEveryClaimWithItsJsonTypeAndTheSetLifeti
     EXPECT_EQ(claims["sub"], std::to_string(seed::kReaderId));
     EXPECT_EQ(claims["iss"], sandbox_.baseUrl());
     EXPECT_EQ(claims["exp"].get<std::int64_t>() - claims["iat"].get<std::int64_t>(), c.lifetime);
-    const std::int64_t now = std::chrono::duration_cast<std::chrono::seconds>(
-                                 std::chrono::system_clock::now().time_since_epoch())
-                                 .count();
+    const std::int64_t now =
+        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch())
+            .count();
     EXPECT_LE(std::abs(claims["iat"].get<std::int64_t>() - now), 60);
   }
   EXPECT_NE(DecodeSegment(Segments(info["accessToken"])[1])["jti"],
@@ -90,8 +95,12 @@ TEST(Base64UrlTest, EncodesWithoutPaddingAndDecodesOnlyBase64Url) {
     std::string bytes;
     std::string text;
   };
-  const Case cases[] = {{"", ""},         {"f", "Zg"},          {"fo", "Zm8"},
-                        {"foo", "Zm9v"},  {"foob", "Zm9vYg"},   {"\xfb\xff", "-_8"},
+  const Case cases[] = {{"", ""},
+                        {"f", "Zg"},
+                        {"fo", "Zm8"},
+                        {"foo", "Zm9v"},
+                        {"foob", "Zm9vYg"},
+                        {"\xfb\xff", "-_8"},
                         {std::string("\x00\x01\x02", 3), "AAEC"}};
   for (const Case& c : cases) {
     EXPECT_EQ(Base64UrlEncode(c.bytes), c.text);

@@ -59,7 +59,8 @@ class Program {
   bool readUntil(const std::string& text, std::chrono::seconds limit) {
     const auto deadline = std::chrono::steady_clock::now() + limit;
     while (output_.find(text) == std::string::npos) {
-      const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+      const auto left =
+          std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
       if (left.count() <= 0) return false;
       pollfd ready{out_, POLLIN, 0};
       if (poll(&ready, 1, static_cast<int>(left.count())) <= 0) return false;
@@ -75,7 +76,8 @@ class Program {
   int wait(std::string* error_text = nullptr) {
     std::string text;
     char buffer[4096];
-    for (ssize_t got; (got = read(err_, buffer, sizeof buffer)) > 0;) text.append(buffer, static_cast<std::size_t>(got));
+    for (ssize_t got; (got = read(err_, buffer, sizeof buffer)) > 0;)
+      text.append(buffer, static_cast<std::size_t>(got));
     if (error_text) *error_text = text;
     int status = 0;
     if (waitpid(pid_, &status, 0) != pid_) return -1;
@@ -137,8 +139,10 @@ TEST(ProgramTest, PrintsTheKitsExportsServesAndStopsOnSigterm) {
 }
 
 TEST(ProgramTest, BadOptionsExitWithCodeTwoAndTheUsage) {
-  for (std::vector<std::string> arguments :
-       {std::vector<std::string>{"--port"}, {"--port", "abc"}, {"--bogus"}, {"--access-token-lifetime", "x"}}) {
+  for (std::vector<std::string> arguments : {std::vector<std::string>{"--port"},
+                                             {"--port", "abc"},
+                                             {"--bogus"},
+                                             {"--access-token-lifetime", "x"}}) {
     Program program(arguments);
     ASSERT_TRUE(program.started());
     std::string error_text;

@@ -76,9 +76,9 @@ TEST_F(ProtocolTest, WholePurchaseFromLoggedOutBidToLogoutRunsInOrder) {
   EXPECT_NE(new_access_token, access_token);
 
   // 6. Balance with recommendations, with the new token.
-  WireResponse balance =
-      client_.call("POST", kBalanceAndArticlePath,
-                   json{{"customerId", seed::kReaderId}, {"publisherId", seed::kPublisherId}}, new_access_token);
+  WireResponse balance = client_.call(
+      "POST", kBalanceAndArticlePath,
+      json{{"customerId", seed::kReaderId}, {"publisherId", seed::kPublisherId}}, new_access_token);
   ASSERT_EQ(balance.status, 200) << balance.body;
   json ba = balance.json()["data"];
   EXPECT_DOUBLE_EQ(ba["balance"].get<double>(), seed::kReaderBalance - seed::kNormalArticlePrice);
@@ -99,11 +99,12 @@ TEST_F(ProtocolTest, WholePurchaseFromLoggedOutBidToLogoutRunsInOrder) {
   EXPECT_EQ(read, 1);
 
   // 7. Logout: the device's tokens stop working, old and new alike.
-  WireResponse logout = client_.call("PUT", kLogoutDevicePath,
-                                     json{{"deviceKey", device_key}, {"email", seed::kReaderEmail}}, new_access_token);
+  WireResponse logout =
+      client_.call("PUT", kLogoutDevicePath, json{{"deviceKey", device_key}, {"email", seed::kReaderEmail}},
+                   new_access_token);
   ASSERT_EQ(logout.status, 200) << logout.body;
-  EXPECT_EQ(logout.json(), (json{{"success", true}, {"message", "Device logged out"}, {"data", true},
-                                 {"statusCode", 200}}));
+  EXPECT_EQ(logout.json(),
+            (json{{"success", true}, {"message", "Device logged out"}, {"data", true}, {"statusCode", 200}}));
   EXPECT_EQ(sandbox_.isDeviceLoggedOut(device_key), true);
 
   for (const std::string& token : {access_token, new_access_token}) {
@@ -149,7 +150,8 @@ TEST_F(ProtocolTest, LoggedOutBidDescribesEachSeededArticle) {
     EXPECT_EQ(bid["isCreditAllowed"], true);
     json settings = bid["paywallSettings"];
     EXPECT_EQ(settings["obCustomerPrice"], c.shownPrice);
-    for (const char* text : {"obTitleText", "obPromptText", "obButtonText", "obBalanceText", "obAutoUnlockText"}) {
+    for (const char* text :
+         {"obTitleText", "obPromptText", "obButtonText", "obBalanceText", "obAutoUnlockText"}) {
       ASSERT_TRUE(settings[text].is_string()) << text;
       EXPECT_FALSE(settings[text].get<std::string>().empty()) << text;
     }
@@ -168,9 +170,8 @@ TEST_F(ProtocolTest, BidsForUnknownPublishersOrArticlesAreRefusedWithAnEnvelope)
   json unknown_article = BidBody("https://news.example/no-such-article");
   json no_domain = BidBody(seed::kNormalArticleUrl);
   no_domain.erase("publisherDomain");
-  const Case cases[] = {{"unknown domain", unknown_domain},
-                        {"unknown article", unknown_article},
-                        {"no domain", no_domain}};
+  const Case cases[] = {
+      {"unknown domain", unknown_domain}, {"unknown article", unknown_article}, {"no domain", no_domain}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
     WireResponse response = client_.call("POST", kCreateLoggedOutBidPath, c.body);
@@ -186,7 +187,8 @@ TEST_F(ProtocolTest, OwnedArticleIsUnlockedInLaterBidsAndIsNeverChargedTwice) {
   auto session = sandbox_.createSession(seed::kReaderEmail);
   ASSERT_TRUE(session);
   auto bid_for = [&](const char* url) {
-    return client_.call("POST", kCreateLoggedInBidPath, LoggedInBidBody(url, seed::kReaderId), session->accessToken)
+    return client_
+        .call("POST", kCreateLoggedInBidPath, LoggedInBidBody(url, seed::kReaderId), session->accessToken)
         .json()["data"];
   };
   json first = bid_for(seed::kInstantArticleUrl);
@@ -246,8 +248,8 @@ TEST_F(ProtocolTest, AcceptIsRefusedForUnknownBidsOtherCustomersBidsAndAWrongMod
   auto other = sandbox_.createSession(seed::kCreditReaderEmail);
   ASSERT_TRUE(reader && other);
   json bid = client_
-                 .call("POST", kCreateLoggedInBidPath, LoggedInBidBody(seed::kNormalArticleUrl, seed::kReaderId),
-                       reader->accessToken)
+                 .call("POST", kCreateLoggedInBidPath,
+                       LoggedInBidBody(seed::kNormalArticleUrl, seed::kReaderId), reader->accessToken)
                  .json()["data"];
   struct Case {
     const char* what;
@@ -258,7 +260,9 @@ TEST_F(ProtocolTest, AcceptIsRefusedForUnknownBidsOtherCustomersBidsAndAWrongMod
   const Case cases[] = {
       {"unknown bid", {{"oboloBidId", 999999}, {"oboloTransactionMode", "normal"}}, reader->accessToken, 404},
       {"another customer's bid", {{"oboloBidId", bid["oboloBidId"]}}, other->accessToken, 403},
-      {"wrong mode", {{"oboloBidId", bid["oboloBidId"]}, {"oboloTransactionMode", "instant"}}, reader->accessToken,
+      {"wrong mode",
+       {{"oboloBidId", bid["oboloBidId"]}, {"oboloTransactionMode", "instant"}},
+       reader->accessToken,
        400},
   };
   for (const Case& c : cases) {
@@ -278,11 +282,12 @@ TEST_F(ProtocolTest, CustomerBidRefusesLoginKeysThatDoNotHold) {
   auto mine = sandbox_.issueLoginKeys(seed::kReaderEmail);
   auto theirs = sandbox_.issueLoginKeys(seed::kCreditReaderEmail);
   ASSERT_TRUE(used && mine && theirs);
-  ASSERT_EQ(client_
-                .call("POST", kCustomerBidPath,
-                      json{{"deviceKey", used->deviceKey}, {"oboloBidId", bid_id}, {"loginToken", used->loginKey}})
-                .status,
-            200);
+  ASSERT_EQ(
+      client_
+          .call("POST", kCustomerBidPath,
+                json{{"deviceKey", used->deviceKey}, {"oboloBidId", bid_id}, {"loginToken", used->loginKey}})
+          .status,
+      200);
 
   struct Case {
     const char* what;
@@ -293,7 +298,8 @@ TEST_F(ProtocolTest, CustomerBidRefusesLoginKeysThatDoNotHold) {
        {{"deviceKey", used->deviceKey}, {"oboloBidId", bid_id}, {"loginToken", used->loginKey}}},
       {"another device's login key",
        {{"deviceKey", mine->deviceKey}, {"oboloBidId", bid_id}, {"loginToken", theirs->loginKey}}},
-      {"an unknown login key", {{"deviceKey", mine->deviceKey}, {"oboloBidId", bid_id}, {"loginToken", "lk-0"}}},
+      {"an unknown login key",
+       {{"deviceKey", mine->deviceKey}, {"oboloBidId", bid_id}, {"loginToken", "lk-0"}}},
       {"an unknown bid",
        {{"deviceKey", mine->deviceKey}, {"oboloBidId", 424242}, {"loginToken", mine->loginKey}}},
       {"no members at all", json::object()},
@@ -323,10 +329,11 @@ TEST_F(ProtocolTest, CustomerBidOnAnOwnedArticleSaysUnlockedWithTheBalance) {
 
   const std::int64_t bid_id = loggedOutBid(seed::kNormalArticleUrl)["oboloBidId"];
   auto keys = sandbox_.issueLoginKeys(seed::kReaderEmail);
-  json data = client_
-                  .call("POST", kCustomerBidPath,
-                        json{{"deviceKey", keys->deviceKey}, {"oboloBidId", bid_id}, {"loginToken", keys->loginKey}})
-                  .json()["data"];
+  json data =
+      client_
+          .call("POST", kCustomerBidPath,
+                json{{"deviceKey", keys->deviceKey}, {"oboloBidId", bid_id}, {"loginToken", keys->loginKey}})
+          .json()["data"];
   EXPECT_EQ(data["unlocked"], true);
   EXPECT_DOUBLE_EQ(data["customerBalance"].get<double>(), seed::kReaderBalance - seed::kNormalArticlePrice);
   EXPECT_EQ(data["customerInfo"]["loginKey"], keys->loginKey);
@@ -354,8 +361,9 @@ TEST_F(ProtocolTest, TokenRefreshIsRefusedWith401UnlessDeviceEmailAndTokenBelong
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
-    WireResponse response = client_.call(
-        "PUT", kNextAccessTokenPath, json{{"deviceKey", c.deviceKey}, {"email", c.email}, {"refreshToken", c.refreshToken}});
+    WireResponse response =
+        client_.call("PUT", kNextAccessTokenPath,
+                     json{{"deviceKey", c.deviceKey}, {"email", c.email}, {"refreshToken", c.refreshToken}});
     EXPECT_EQ(response.status, 401);
     json answer = response.json();
     EXPECT_EQ(answer["success"], false);
@@ -363,9 +371,10 @@ TEST_F(ProtocolTest, TokenRefreshIsRefusedWith401UnlessDeviceEmailAndTokenBelong
     EXPECT_TRUE(answer["message"].is_string());
   }
   // The e-mail is compared as an address, without regard to case.
-  WireResponse upper = client_.call(
-      "PUT", kNextAccessTokenPath,
-      json{{"deviceKey", session->deviceKey}, {"email", "READER@example.com"}, {"refreshToken", session->refreshToken}});
+  WireResponse upper = client_.call("PUT", kNextAccessTokenPath,
+                                    json{{"deviceKey", session->deviceKey},
+                                         {"email", "READER@example.com"},
+                                         {"refreshToken", session->refreshToken}});
   EXPECT_EQ(upper.status, 200) << upper.body;
 }
 

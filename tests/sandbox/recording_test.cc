@@ -26,7 +26,8 @@ WireRequest Request(const Sandbox& sandbox, const std::string& method, const std
 TEST_F(RecordingTest, HeaderNamesKeepTheirCaseAndBodiesTheirExactText) {
   const std::string body = "{\"oboloBidId\":12,  \"oboloTransactionMode\":\"normal\"}";
   Send(Request(sandbox_, "PUT", kAcceptBidPath,
-               {"Content-Type: Application/json", "Accept: application/json", "Authorization: Bearer t0ken"}, body));
+               {"Content-Type: Application/json", "Accept: application/json", "Authorization: Bearer t0ken"},
+               body));
   Send(Request(sandbox_, "POST", kCreateLoggedInBidPath,
                {"content-type: application/json", "X-Padded: value   ", "Authorization: Bearer "}, "{}"));
 

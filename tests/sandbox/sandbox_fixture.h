@@ -6,9 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "sandbox/sandbox.h"
 #include "wire_client.h"

@@ -9,7 +9,6 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <regex>
 #include <set>
 #include <thread>
 
@@ -29,8 +28,7 @@ WireResponse GetLogo(const std::string& base_url, const std::string& ca_file) {
 TEST(TransportTest, HttpsIsTrustedThroughTheGeneratedCaFileOnly) {
   Sandbox sandbox;
   ASSERT_TRUE(sandbox.start()) << sandbox.error();
-  EXPECT_TRUE(std::regex_match(sandbox.baseUrl(), std::regex(R"(https://127\.0\.0\.1:[1-9][0-9]*)")))
-      << sandbox.baseUrl();
+  EXPECT_GT(sandbox.port(), 0);
   EXPECT_EQ(sandbox.baseUrl(), "https://127.0.0.1:" + std::to_string(sandbox.port()));
 
   EXPECT_EQ(GetLogo(sandbox.baseUrl(), sandbox.caFile()).status, 200);
@@ -101,12 +99,12 @@ TEST(TransportTest, TwoInstancesRunSideBySideWithoutSharingState) {
   auto session = first.createSession(seed::kReaderEmail);
   ASSERT_TRUE(session);
   json bid = to_first
-                 .call("POST", kCreateLoggedInBidPath, LoggedInBidBody(seed::kNormalArticleUrl, seed::kReaderId),
-                       session->accessToken)
+                 .call("POST", kCreateLoggedInBidPath,
+                       LoggedInBidBody(seed::kNormalArticleUrl, seed::kReaderId), session->accessToken)
                  .json()["data"];
   second.setFault(kAcceptBidPath, Fault::Always(FaultKind::kServerError));
-  WireResponse accepted = to_first.call("PUT", kAcceptBidPath, json{{"oboloBidId", bid["oboloBidId"]}},
-                                        session->accessToken);
+  WireResponse accepted =
+      to_first.call("PUT", kAcceptBidPath, json{{"oboloBidId", bid["oboloBidId"]}}, session->accessToken);
   EXPECT_EQ(accepted.status, 200) << accepted.body;
 
   EXPECT_DOUBLE_EQ(*first.balance(seed::kReaderEmail), seed::kReaderBalance - seed::kNormalArticlePrice);
@@ -116,8 +114,8 @@ TEST(TransportTest, TwoInstancesRunSideBySideWithoutSharingState) {
   EXPECT_TRUE(second.requests().empty());
   // The first instance's token means nothing to the second.
   EXPECT_EQ(to_second
-                .call("POST", kCreateLoggedInBidPath, LoggedInBidBody(seed::kNormalArticleUrl, seed::kReaderId),
-                      session->accessToken)
+                .call("POST", kCreateLoggedInBidPath,
+                      LoggedInBidBody(seed::kNormalArticleUrl, seed::kReaderId), session->accessToken)
                 .status,
             401);
 }
@@ -138,8 +136,8 @@ TEST(TransportTest, StartAndStopAreIdempotentAndTheWorldSurvivesARestart) {
 
   ASSERT_TRUE(sandbox.start()) << sandbox.error();
   SandboxClient client(sandbox);
-  WireResponse balance =
-      client.call("POST", kBalanceAndArticlePath, json{{"customerId", seed::kCreditReaderId}}, session->accessToken);
+  WireResponse balance = client.call("POST", kBalanceAndArticlePath,
+                                     json{{"customerId", seed::kCreditReaderId}}, session->accessToken);
   EXPECT_EQ(balance.status, 200) << balance.body;
 }
 

@@ -9,10 +9,9 @@
 #include <curl/curl.h>
 
 #include <chrono>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
-
-#include <nlohmann/json.hpp>
 
 #include "sandbox/sandbox.h"
 

@@ -51,7 +51,7 @@ class SandboxEnvironment : public ::testing::Environment {
 
 }  // namespace obolo::testing
 
-#define OBOLO_USE_SANDBOX_ENVIRONMENT()                                                      \
+#define OBOLO_USE_SANDBOX_ENVIRONMENT()                                                           \
   [[maybe_unused]] static ::obolo::testing::SandboxEnvironment* const obolo_sandbox_environment = \
       ::obolo::testing::SandboxEnvironment::Register()
 
