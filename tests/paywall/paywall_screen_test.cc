@@ -84,6 +84,16 @@ TEST_F(PaywallScreenTest, EverythingIsHiddenUntilABidArrives) {
   }
 }
 
+TEST_F(PaywallScreenTest, ABidAnswerReachesTheScreenOnlyThroughTheMainLoop) {
+  AnswerNextBidWith(OfferedBid());
+  testing::TransferObserver transfers;
+  auto paywall = host_.load();
+  ASSERT_TRUE(transfers.waitForHandled(2));  // the bid and the logo, handled on the session's thread
+  EXPECT_TRUE(PaywallHost::isHidden(*paywall));
+  MainLoop::main().runFor(std::chrono::milliseconds(1));
+  EXPECT_TRUE(PaywallHost::isCardShown(*paywall));
+}
+
 TEST_F(PaywallScreenTest, TheCardShowsTheServicesTexts) {
   AnswerNextBidWith(OfferedBid());
   auto paywall = LoadWithCard();
