@@ -16,7 +16,8 @@
 // content controller keep each other alive until the screen takes its handler
 // back. It does so once it has been dismissed (after a valid message, after
 // Done, or when its presenter takes it down); a dismissed screen no longer
-// hears the page. The screen is meant to be presented once.
+// hears the page. The screen is meant to be presented once: one whose view was
+// loaded but that was never presented keeps itself alive.
 
 #ifndef OBOLO_LOGIN_WEB_LOGIN_VC_H_
 #define OBOLO_LOGIN_WEB_LOGIN_VC_H_

@@ -39,15 +39,6 @@ TEST(LoginAddressOverrideTest, EnvironmentPointsThePageElsewhereAndIsReadOnce) {
   EXPECT_EQ(screen.loginAddress(), expected) << "the first reading stays for the process";
 }
 
-TEST(LoginAddressOverrideTest, EmptyVariablesKeepTheProductionOrigins) {
-  setenv("OBOLO_WALLET_ORIGIN", "", 1);
-  unsetenv("OBOLO_REDIRECT_ORIGIN");
-  setenv("OBOLO_LOGIN_LOGO_URL", "", 1);
-  EXPECT_EQ(LOGIN_WALLET_ORIGIN(), "https://wallet.obolo.io");
-  EXPECT_EQ(LOGIN_REDIRECT_ORIGIN(), "https://app.obolo.io");
-  EXPECT_EQ(LOGIN_LOGO_URL(), "https://wallet.obolo.io/assets/publisher-logo.png");
-}
-
 TEST(LoginAddressOverrideTest, MalformedOverrideLeavesThePageUnloadedAndTheScreenUsable) {
   setenv("OBOLO_WALLET_ORIGIN", "https://wallet obolo", 1);
   MainLoop::main().useVirtualTime();
