@@ -1,6 +1,25 @@
 #include "entry/obolo.h"
 
+#include "entry/obolo_storyboard.h"
+#include "paywall/paywall_vc.h"
+#include "platform/log.h"
+#include "platform/number_format.h"
+#include "toolkit/ui_navigation_controller.h"
+#include "ui/view_helpers.h"
+
 namespace obolo {
+namespace {
+
+// The kit ships its storyboard, so this never fails in practice; were the
+// scene missing, the host screen is left as it is and a line says why, rather
+// than the host crashing over a paywall.
+std::shared_ptr<PaywallVC> MakePaywall() {
+  auto paywall = OboloStoryboard().instantiateViewController<PaywallVC>(kPaywallSceneIdentifier);
+  if (!paywall) LogLine("Obolo: the paywall screen could not be made");
+  return paywall;
+}
+
+}  // namespace
 
 Obolo::Obolo(std::string accessKey, std::string category, std::string logoUrl, std::string articleUrl,
              std::string publisherCustomerId, std::string publisherDomain)
@@ -11,6 +30,44 @@ Obolo::Obolo(std::string accessKey, std::string category, std::string logoUrl, s
   global.setPublisherCustomerId(std::move(publisherCustomerId));
   global.setPublisherDomain(std::move(publisherDomain));
   global.setLogoUrl(std::move(logoUrl));
+}
+
+void Obolo::loadPaywall(const std::shared_ptr<UIViewController>& in) { loadView(in); }
+
+void Obolo::loadPaywall(const std::shared_ptr<UIViewController>& in, const std::shared_ptr<UIView>& content,
+                        Position position) {
+  loadView(in, content, position);
+}
+
+void Obolo::loadView(const std::shared_ptr<UIViewController>& in) {
+  auto paywall = MakePaywall();
+  if (!paywall || !in) return;
+  paywall->viewController = in;
+  const auto navigation = in->navigationController();
+  LogLine(navigation ? ShortestDecimal(navigation->navigationBar()->bounds().size.height) : "0");
+  const CGRect hostBounds = in->view()->bounds();
+  // The first request for the paywall's view: it loads here, after the host
+  // was handed over.
+  paywall->view()->setFrame(CGRect{{0, 0}, hostBounds.size});
+  in->addChild(paywall);
+  in->view()->addSubview(paywall->view());
+  addShadow(*paywall->view());
+}
+
+void Obolo::loadView(const std::shared_ptr<UIViewController>& in, const std::shared_ptr<UIView>& content,
+                     Position position) {
+  auto paywall = MakePaywall();
+  if (!paywall || !in || !content) return;
+  paywall->position = position;
+  paywall->viewController = in;
+  paywall->contentView = content;
+  paywall->isCustom = true;
+  content->setBackgroundColor(UIColor::clear());
+  // The view loads here and sees the four fields above.
+  paywall->view()->setFrame(content->bounds());
+  in->addChild(paywall);
+  content->addSubview(paywall->view());
+  addShadow(*paywall->view());
 }
 
 }  // namespace obolo

@@ -10,6 +10,13 @@
 //
 // The opener sets obBidId, publisherId and callback before the view loads; the
 // screen never changes them. Main thread only.
+//
+// Ownership: the web view's content controller holds its handlers strongly, and
+// the screen registers itself, so the screen, its view, the web view and the
+// content controller keep each other alive until the screen takes its handler
+// back. It does so once it has been dismissed (after a valid message, after
+// Done, or when its presenter takes it down); a dismissed screen no longer
+// hears the page. The screen is meant to be presented once.
 
 #ifndef OBOLO_LOGIN_WEB_LOGIN_VC_H_
 #define OBOLO_LOGIN_WEB_LOGIN_VC_H_
@@ -25,6 +32,11 @@
 #include "toolkit/wk_web_view.h"
 
 namespace obolo {
+
+// The name the login page posts to: window.webkit.messageHandlers.obHandler.
+inline constexpr char kLoginScriptHandlerName[] = "obHandler";
+// The tag of the Done button in the screen's top bar.
+inline constexpr int kWebLoginDoneButtonTag = 4101;
 
 class WebLoginVC : public UIViewController,
                    public WKScriptMessageHandler,
@@ -46,9 +58,14 @@ class WebLoginVC : public UIViewController,
   // message handler, frame (0, status bar height + 44, view width, view
   // height). The frame keeps the full height, so the page's lowest
   // (status bar + 44) points lie below the screen's edge.
+  // Also lays out the top bar above the web view: the status bar's height plus
+  // 44 points, with the Done button at its right end.
   void loadView() override;
   // Loads the login page.
   void viewDidLoad() override;
+  // Once the screen is dismissed, takes its script handler back (see the
+  // ownership note above).
+  void viewDidDisappear(bool animated) override;
 
   // The status bar height of the first key window's scene; 0 without one.
   double statausbarHeight() const;
@@ -58,7 +75,8 @@ class WebLoginVC : public UIViewController,
 
   // The page's message. The body must be a dictionary holding "device_key" and
   // "login_key" as texts; anything else (other kinds of value, a body that is
-  // not a dictionary) is written out and ignored, leaving the screen open.
+  // not a dictionary) is written out and ignored, leaving the screen open. The
+  // body is written as one credential line. Never throws.
   void userContentController(WKUserContentController& controller, const WKScriptMessage& message) override;
 
   // The login page's address: the wallet site's origin, then the five query
@@ -67,7 +85,10 @@ class WebLoginVC : public UIViewController,
   std::string loginAddress() const;
 
  private:
+  // Writes the address as one line and loads it. An address that is not a URL
+  // (only possible with a malformed override) is reported and not loaded.
   void loadRequest();
+  void addTopBar(double statusBarHeight);
 };
 
 // The wallet site's origin, "https://wallet.obolo.io"; OBOLO_WALLET_ORIGIN,

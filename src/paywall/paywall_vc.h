@@ -125,8 +125,8 @@ class PaywallVC : public UIViewController {
 
   // --- The card ----------------------------------------------------------------
   void setupViewContents();
-  void onAgreementButtonTapped(UIButton& sender);
-  void onConsentButtonsTapped(UIButton& sender);
+  void onAgreementButtonTapped(const std::shared_ptr<UIButton>& sender);
+  void onConsentButtonsTapped(const std::shared_ptr<UIButton>& sender);
   void onUnlockButtonTapped(const std::any& sender);
   // Fills the card on a later turn of the main loop.
   void updateView(const PaywallSettingsSet& settings);

@@ -1,8 +1,7 @@
 #include "platform/bundle.h"
 
-#include <nlohmann/json.hpp>
-
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <system_error>
 #include <vector>
 

@@ -39,9 +39,7 @@ std::shared_ptr<Timer> MainLoop::scheduleTimer(double interval, Timer::Block blo
   return timer;
 }
 
-MainLoop::Clock::time_point MainLoop::now() const {
-  return virtual_time_ ? virtual_now_ : Clock::now();
-}
+MainLoop::Clock::time_point MainLoop::now() const { return virtual_time_ ? virtual_now_ : Clock::now(); }
 
 void MainLoop::useVirtualTime() {
   if (virtual_time_) return;

@@ -31,8 +31,7 @@ struct CGRect {
 
   constexpr CGRect() = default;
   constexpr CGRect(CGPoint o, CGSize s) : origin(o), size(s) {}
-  constexpr CGRect(CGFloat x, CGFloat y, CGFloat width, CGFloat height)
-      : origin{x, y}, size{width, height} {}
+  constexpr CGRect(CGFloat x, CGFloat y, CGFloat width, CGFloat height) : origin{x, y}, size{width, height} {}
 
   CGFloat width() const { return size.width; }
   CGFloat height() const { return size.height; }

@@ -74,7 +74,13 @@ class RowLayout {
       add_pass(header.width, header.height);
     } else {
       static constexpr std::array<std::array<std::uint32_t, 4>, 7> kAdam7 = {{
-          {0, 0, 8, 8}, {4, 0, 8, 8}, {0, 4, 4, 8}, {2, 0, 4, 4}, {0, 2, 2, 4}, {1, 0, 2, 2}, {0, 1, 1, 2},
+          {0, 0, 8, 8},
+          {4, 0, 8, 8},
+          {0, 4, 4, 8},
+          {2, 0, 4, 4},
+          {0, 2, 2, 4},
+          {1, 0, 2, 2},
+          {0, 1, 1, 2},
       }};
       for (const auto& [x0, y0, dx, dy] : kAdam7) {
         const std::uint32_t columns = header.width > x0 ? (header.width - x0 + dx - 1) / dx : 0;
@@ -189,7 +195,8 @@ std::optional<ImageInfo> InspectPng(std::string_view bytes) {
     if (!header) {
       if (name != "IHDR" || length != 13) return std::nullopt;
       PngHeader h{Big32(body), Big32(body + 4), body[8], body[9], body[12]};
-      if (h.width == 0 || h.height == 0 || h.width > 0x7fffffffu || h.height > 0x7fffffffu) return std::nullopt;
+      if (h.width == 0 || h.height == 0 || h.width > 0x7fffffffu || h.height > 0x7fffffffu)
+        return std::nullopt;
       if (!ValidDepthForColorType(h.color_type, h.depth)) return std::nullopt;
       if (body[10] != 0 || body[11] != 0 || h.interlace > 1) return std::nullopt;
       header = h;
@@ -240,7 +247,7 @@ std::optional<ImageInfo> InspectJpeg(std::string_view bytes) {
     if (pos >= size) return std::nullopt;
     const unsigned marker = data[pos++];
     if (marker == 0x01 || (marker >= 0xD0 && marker <= 0xD8)) continue;  // no length
-    if (marker == 0xD9 || marker == 0xDA) return std::nullopt;          // end or scan before a frame
+    if (marker == 0xD9 || marker == 0xDA) return std::nullopt;           // end or scan before a frame
     if (pos + 2 > size) return std::nullopt;
     const std::uint32_t length = Big16(data + pos);
     if (length < 2 || pos + length > size) return std::nullopt;
@@ -276,7 +283,7 @@ std::optional<ImageInfo> InspectGif(std::string_view bytes) {
       return pos + 10 <= size ? std::optional<ImageInfo>(ImageInfo{ImageFormat::gif, width, height})
                               : std::nullopt;
     }
-    if (block != 0x21 || pos + 2 >= size) return std::nullopt;  // only extensions may come first
+    if (block != 0x21 || pos + 2 >= size) return std::nullopt;   // only extensions may come first
     pos += 2;                                                    // introducer and label
     while (pos < size && data[pos] != 0) pos += 1u + data[pos];  // sub-blocks
     ++pos;                                                       // terminator

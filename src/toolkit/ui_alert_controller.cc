@@ -27,9 +27,11 @@ void UIAlertController::loadView() {
   root->setTintColor(tint_color_);
   const CGRect bounds = root->bounds();
   const CGFloat x = bounds.midX() - kAlertWidth / 2;
-  title_label_ = std::make_shared<UILabel>(CGRect(x, bounds.midY() - 2 * kLineHeight, kAlertWidth, kLineHeight));
+  title_label_ =
+      std::make_shared<UILabel>(CGRect(x, bounds.midY() - 2 * kLineHeight, kAlertWidth, kLineHeight));
   title_label_->setText(title_);
-  message_label_ = std::make_shared<UILabel>(CGRect(x, bounds.midY() - kLineHeight, kAlertWidth, kLineHeight));
+  message_label_ =
+      std::make_shared<UILabel>(CGRect(x, bounds.midY() - kLineHeight, kAlertWidth, kLineHeight));
   message_label_->setText(message_);
   message_label_->setNumberOfLines(0);
   root->addSubview(title_label_);
@@ -40,7 +42,8 @@ void UIAlertController::loadView() {
 void UIAlertController::addButton(const std::shared_ptr<UIAlertAction>& action) {
   const CGRect bounds = view()->bounds();
   const CGFloat y = bounds.midY() + kLineHeight * static_cast<CGFloat>(buttons_.size());
-  auto button = std::make_shared<UIButton>(CGRect(bounds.midX() - kAlertWidth / 2, y, kAlertWidth, kLineHeight));
+  auto button =
+      std::make_shared<UIButton>(CGRect(bounds.midX() - kAlertWidth / 2, y, kAlertWidth, kLineHeight));
   button->setTitle(action->title(), UIControlState::normal);
   button->setEnabled(action->isEnabled());
   button->addTarget(selfAs(this), &UIAlertController::onButtonTapped, UIControlEvent::touchUpInside);

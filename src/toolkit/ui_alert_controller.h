@@ -53,7 +53,8 @@ class UIAlertController : public UIViewController {
   // The platform's raw values.
   enum class Style { actionSheet = 0, alert = 1 };
 
-  UIAlertController(std::optional<std::string> title, std::optional<std::string> message, Style preferred_style)
+  UIAlertController(std::optional<std::string> title, std::optional<std::string> message,
+                    Style preferred_style)
       : title_(std::move(title)), message_(std::move(message)), preferred_style_(preferred_style) {}
 
   const std::optional<std::string>& title() const { return title_; }

@@ -27,7 +27,9 @@ void UIButton::setTitleColor(std::optional<UIColor> color, UIControlState state)
   refresh();
 }
 
-std::optional<UIColor> UIButton::titleColor(UIControlState state) const { return Lookup(title_colors_, state); }
+std::optional<UIColor> UIButton::titleColor(UIControlState state) const {
+  return Lookup(title_colors_, state);
+}
 
 void UIButton::setAttributedTitle(std::optional<NSAttributedString> title, UIControlState state) {
   attributed_titles_[state] = std::move(title);

@@ -9,6 +9,7 @@
 #define OBOLO_TOOLKIT_UI_GESTURE_RECOGNIZER_H_
 
 #include <memory>
+#include <utility>
 
 #include "toolkit/ns_object.h"
 #include "toolkit/target_action.h"
@@ -17,7 +18,14 @@ namespace obolo {
 
 class UIView;
 
-enum class UIGestureRecognizerState { possible = 0, began = 1, changed = 2, ended = 3, cancelled = 4, failed = 5 };
+enum class UIGestureRecognizerState {
+  possible = 0,
+  began = 1,
+  changed = 2,
+  ended = 3,
+  cancelled = 4,
+  failed = 5
+};
 
 class UIGestureRecognizer : public NSObject {
  public:
@@ -32,6 +40,12 @@ class UIGestureRecognizer : public NSObject {
   template <class Target, class Method>
   void addTarget(const std::shared_ptr<Target>& target, Method action) {
     actions_.add(target, action, kAllEvents);
+  }
+  // An action without a target, for code that cannot add a member function to
+  // the object it acts for (the floating button's controller, say). The
+  // recogniser holds it and whatever it captures: capture the owner weakly.
+  void addAction(TargetActionList<UIGestureRecognizer>::Action action) {
+    actions_.add(std::move(action), kAllEvents);
   }
   void removeTarget(const void* target) { actions_.remove(target, kAllEvents); }
 

@@ -22,7 +22,8 @@ std::shared_ptr<const UIImage> UIImage::named(std::string_view name, const std::
 std::shared_ptr<const UIImage> UIImage::fromData(std::string data) {
   auto info = InspectImageData(data);
   if (!info) return nullptr;
-  return std::make_shared<const UIImage>(std::string(), std::move(data), *info, UIImageRenderingMode::automatic);
+  return std::make_shared<const UIImage>(std::string(), std::move(data), *info,
+                                         UIImageRenderingMode::automatic);
 }
 
 std::shared_ptr<const UIImage> UIImage::withRenderingMode(UIImageRenderingMode mode) const {

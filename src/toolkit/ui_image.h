@@ -35,7 +35,9 @@ class UIImage {
   const std::string& name() const { return name_; }
   const std::string& data() const { return data_; }
   ImageFormat format() const { return info_.format; }
-  CGSize size() const { return CGSize{static_cast<CGFloat>(info_.width), static_cast<CGFloat>(info_.height)}; }
+  CGSize size() const {
+    return CGSize{static_cast<CGFloat>(info_.width), static_cast<CGFloat>(info_.height)};
+  }
   UIImageRenderingMode renderingMode() const { return rendering_mode_; }
 
   // A copy drawn in the given mode (template images are drawn in the tint).

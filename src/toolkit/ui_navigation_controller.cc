@@ -54,7 +54,8 @@ void UINavigationController::showTop() {
   }
   auto content = top->view();
   const CGRect bounds = container->bounds();
-  content->setFrame(CGRect(0, UINavigationBar::kHeight, bounds.width(), bounds.height() - UINavigationBar::kHeight));
+  content->setFrame(
+      CGRect(0, UINavigationBar::kHeight, bounds.width(), bounds.height() - UINavigationBar::kHeight));
   content->setAutoresizingMask(UIViewAutoresizing::flexibleWidth | UIViewAutoresizing::flexibleHeight);
   container->insertSubviewBelow(content, navigationBar());
 }

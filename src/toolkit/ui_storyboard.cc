@@ -15,7 +15,8 @@ std::mutex& RegistryMutex() {
 }
 
 std::map<std::string, std::shared_ptr<const UIStoryboard::Definition>, std::less<>>& Registry() {
-  static auto* registry = new std::map<std::string, std::shared_ptr<const UIStoryboard::Definition>, std::less<>>();
+  static auto* registry =
+      new std::map<std::string, std::shared_ptr<const UIStoryboard::Definition>, std::less<>>();
   return *registry;
 }
 
@@ -51,7 +52,8 @@ std::shared_ptr<UIViewController> UIStoryboard::instantiateInitialViewController
   return instantiateViewController(definition_->initialScene);
 }
 
-std::optional<UIStoryboard::Segue> UIStoryboard::segue(std::string_view source, std::string_view identifier) const {
+std::optional<UIStoryboard::Segue> UIStoryboard::segue(std::string_view source,
+                                                       std::string_view identifier) const {
   if (!definition_) return std::nullopt;
   for (const Segue& segue : definition_->segues) {
     if (segue.source == source && segue.identifier == identifier) return segue;

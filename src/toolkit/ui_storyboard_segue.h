@@ -16,7 +16,9 @@ class UIStoryboardSegue {
  public:
   UIStoryboardSegue(std::string identifier, std::shared_ptr<UIViewController> source,
                     std::shared_ptr<UIViewController> destination)
-      : identifier_(std::move(identifier)), source_(std::move(source)), destination_(std::move(destination)) {}
+      : identifier_(std::move(identifier)),
+        source_(std::move(source)),
+        destination_(std::move(destination)) {}
 
   const std::string& identifier() const { return identifier_; }
   const std::shared_ptr<UIViewController>& source() const { return source_; }

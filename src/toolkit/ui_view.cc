@@ -85,7 +85,8 @@ void UIView::autoresize(CGSize old_superview_size, CGSize new_superview_size) {
   f.origin.x -= parent_origin.x;
   f.origin.y -= parent_origin.y;
   ResizeAxis(f.origin.x, f.size.width, old_superview_size.width, new_superview_size.width,
-             Contains(mask, flexibleLeftMargin), Contains(mask, flexibleWidth), Contains(mask, flexibleRightMargin));
+             Contains(mask, flexibleLeftMargin), Contains(mask, flexibleWidth),
+             Contains(mask, flexibleRightMargin));
   ResizeAxis(f.origin.y, f.size.height, old_superview_size.height, new_superview_size.height,
              Contains(mask, flexibleTopMargin), Contains(mask, flexibleHeight),
              Contains(mask, flexibleBottomMargin));
@@ -111,7 +112,8 @@ void UIView::attach(const std::shared_ptr<UIView>& view, std::size_t index) {
     const auto old_index = static_cast<std::size_t>(it - subviews_.begin());
     subviews_.erase(it);
     if (index > old_index) --index;
-    subviews_.insert(subviews_.begin() + static_cast<std::ptrdiff_t>(std::min(index, subviews_.size())), view);
+    subviews_.insert(subviews_.begin() + static_cast<std::ptrdiff_t>(std::min(index, subviews_.size())),
+                     view);
     return;
   }
   view->removeFromSuperview();

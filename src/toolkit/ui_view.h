@@ -83,7 +83,9 @@ class UIView : public NSObject {
   int tag() const { return tag_; }
   void setTag(int tag) { tag_ = tag; }
   const std::string& accessibilityIdentifier() const { return accessibility_identifier_; }
-  void setAccessibilityIdentifier(std::string identifier) { accessibility_identifier_ = std::move(identifier); }
+  void setAccessibilityIdentifier(std::string identifier) {
+    accessibility_identifier_ = std::move(identifier);
+  }
 
   // Autoresizing: how this view follows its superview's size changes.
   UIViewAutoresizing autoresizingMask() const { return autoresizing_mask_; }

@@ -48,9 +48,9 @@ void UIViewController::removeFromParent() {
   if (!parent) return;
   auto self = selfAs(this);  // alive until the parent's list no longer holds it
   auto& siblings = parent->children_;
-  siblings.erase(std::remove_if(siblings.begin(), siblings.end(),
-                                [this](const auto& c) { return c.get() == this; }),
-                 siblings.end());
+  siblings.erase(
+      std::remove_if(siblings.begin(), siblings.end(), [this](const auto& c) { return c.get() == this; }),
+      siblings.end());
 }
 
 std::shared_ptr<UINavigationController> UIViewController::navigationController() const {

@@ -3,8 +3,9 @@
 //
 // The view is built lazily: the first call of view() runs loadView() (by
 // default a plain view the size of the main screen that follows its
-// superview's size) and then viewDidLoad(), exactly once and in that order;
-// view() called again from inside them returns the view being loaded.
+// superview's size) and then viewDidLoad(), exactly once and in that order.
+// Called from inside them, view() never loads again: it returns the view set so
+// far (null in loadView() until setView()).
 //
 // Ownership: a parent owns its children and refers to them from the child
 // weakly; a presenter owns the controller it presents, which refers back

@@ -33,7 +33,9 @@ class URLRequest {
   CachePolicy cachePolicy() const { return cache_policy_; }
   double timeoutInterval() const { return timeout_interval_; }
   const std::vector<std::pair<std::string, std::string>>& allHTTPHeaderFields() const { return headers_; }
-  void setValue(std::string value, std::string field) { headers_.emplace_back(std::move(field), std::move(value)); }
+  void setValue(std::string value, std::string field) {
+    headers_.emplace_back(std::move(field), std::move(value));
+  }
   const std::string& httpBody() const { return body_; }
   void setHttpBody(std::string body) { body_ = std::move(body); }
 

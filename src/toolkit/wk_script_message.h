@@ -7,9 +7,8 @@
 #ifndef OBOLO_TOOLKIT_WK_SCRIPT_MESSAGE_H_
 #define OBOLO_TOOLKIT_WK_SCRIPT_MESSAGE_H_
 
-#include <nlohmann/json.hpp>
-
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 

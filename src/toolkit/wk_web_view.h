@@ -29,7 +29,8 @@ struct WKWebpagePreferences {
 // Copied into a web view when it is made; the content controller is shared.
 struct WKWebViewConfiguration {
   WKWebpagePreferences defaultWebpagePreferences;
-  std::shared_ptr<WKUserContentController> userContentController = std::make_shared<WKUserContentController>();
+  std::shared_ptr<WKUserContentController> userContentController =
+      std::make_shared<WKUserContentController>();
 };
 
 // Navigation and UI callbacks. The kit implements none of them, so the web

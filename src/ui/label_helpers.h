@@ -11,7 +11,7 @@ namespace obolo {
 
 // The service's message that the wallet lacks funds, as the service sends it:
 // a leading space and a typographic apostrophe (U+2019).
-inline constexpr std::string_view kInsufficientFundsMessage = " you don\xE2\x80\x99t have sufficient funds.";
+inline constexpr std::string_view kInsufficientFundsMessage = " you don\u2019t have sufficient funds.";
 
 // Logs `text` as one line, then sets it as the label's text. When `text`,
 // lower-cased, is exactly the funds message, " Please check your mail." is

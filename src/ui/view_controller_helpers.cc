@@ -8,11 +8,13 @@ namespace obolo {
 namespace {
 
 void Present(const std::shared_ptr<UIViewController>& controller, const std::string& message,
-             const std::string& title, UIColor color, const std::string& okTitle, UIAlertAction::Handler handler) {
+             const std::string& title, UIColor color, const std::string& okTitle,
+             UIAlertAction::Handler handler) {
   if (!controller) return;
   auto alert = std::make_shared<UIAlertController>(title, message, UIAlertController::Style::alert);
   if (color.alpha() > 0) alert->setTintColor(color);
-  alert->addAction(std::make_shared<UIAlertAction>(okTitle, UIAlertAction::Style::defaultStyle, std::move(handler)));
+  alert->addAction(
+      std::make_shared<UIAlertAction>(okTitle, UIAlertAction::Style::defaultStyle, std::move(handler)));
   controller->present(alert, /*animated=*/true, nullptr);
 }
 

@@ -79,7 +79,8 @@ TEST_F(BundleTest, DirectoriesWithoutAReadableIdentifierAreNotBundles) {
 }
 
 TEST_F(BundleTest, MainBundleIsTheExecutablesDirectory) {
-  EXPECT_EQ(fs::canonical(Bundle::main().bundlePath()), fs::canonical(fs::read_symlink("/proc/self/exe").parent_path()));
+  EXPECT_EQ(fs::canonical(Bundle::main().bundlePath()),
+            fs::canonical(fs::read_symlink("/proc/self/exe").parent_path()));
 }
 
 }  // namespace

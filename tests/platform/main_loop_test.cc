@@ -102,7 +102,8 @@ TEST_F(MainLoopTest, AdvanceRunsWhatATimerPostsBeforeTheNextTimerAndEndsAtTheTar
   });
 
   loop.advance(10s);
-  EXPECT_EQ(events, (std::vector<std::string>{"timer 1", "task from timer 1", "timer 1.5", "timer scheduled at 1s"}));
+  EXPECT_EQ(events,
+            (std::vector<std::string>{"timer 1", "task from timer 1", "timer 1.5", "timer scheduled at 1s"}));
   ASSERT_EQ(seconds_at.size(), 3u);
   EXPECT_DOUBLE_EQ(seconds_at[0], 1.0);
   EXPECT_DOUBLE_EQ(seconds_at[1], 1.5);

@@ -1,5 +1,5 @@
 // obolo_session_tool STORE write DEVICE ACCESS REFRESH EMAIL CUSTOMER_ID
-// obolo_session_tool STORE write-loop COUNT     (writes sessions 0..COUNT-1 forever-ish)
+// obolo_session_tool STORE write-loop COUNT     (writes sessions 0..COUNT-1, printing each round done)
 // obolo_session_tool STORE read
 //
 // Writes or reads the reader's session through GlobalVariable with the SQLite
@@ -43,6 +43,8 @@ int main(int argc, char** argv) {
       global.setRefreshToken("refresh-" + n);
       global.setEmail("reader" + n + "@example.com");
       global.setCustomerId(round);
+      std::printf("%ld\n", round);
+      std::fflush(stdout);
     }
     return 0;
   }

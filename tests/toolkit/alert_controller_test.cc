@@ -1,5 +1,3 @@
-#include "toolkit/ui_alert_controller.h"
-
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -8,6 +6,7 @@
 #include <vector>
 
 #include "platform/main_loop.h"
+#include "toolkit/ui_alert_controller.h"
 
 namespace obolo {
 namespace {
@@ -23,7 +22,8 @@ class AlertControllerTest : public ::testing::Test {
 };
 
 TEST_F(AlertControllerTest, ItsViewShowsTitleMessageAndOneButtonPerAction) {
-  auto alert = std::make_shared<UIAlertController>("Payment", "Not enough funds", UIAlertController::Style::alert);
+  auto alert =
+      std::make_shared<UIAlertController>("Payment", "Not enough funds", UIAlertController::Style::alert);
   alert->addAction(std::make_shared<UIAlertAction>("OK", UIAlertAction::Style::defaultStyle));
   alert->addAction(std::make_shared<UIAlertAction>("Cancel", UIAlertAction::Style::cancel));
   alert->view();
@@ -36,12 +36,11 @@ TEST_F(AlertControllerTest, ItsViewShowsTitleMessageAndOneButtonPerAction) {
 
 TEST_F(AlertControllerTest, TappingAnActionDismissesTheAlertThenRunsItsHandler) {
   auto alert = std::make_shared<UIAlertController>("", "Done", UIAlertController::Style::alert);
-  alert->addAction(std::make_shared<UIAlertAction>("OK", UIAlertAction::Style::defaultStyle,
-                                                   [this](const std::shared_ptr<UIAlertAction>& action) {
-                                                     journal.push_back("handler " + *action->title());
-                                                     EXPECT_EQ(host->presentedViewController(), nullptr)
-                                                         << "the alert is gone when the handler runs";
-                                                   }));
+  alert->addAction(std::make_shared<UIAlertAction>(
+      "OK", UIAlertAction::Style::defaultStyle, [this](const std::shared_ptr<UIAlertAction>& action) {
+        journal.push_back("handler " + *action->title());
+        EXPECT_EQ(host->presentedViewController(), nullptr) << "the alert is gone when the handler runs";
+      }));
   host->present(alert, true);
   MainLoop::main().runFor(0s);
 

@@ -1,11 +1,10 @@
-#include "toolkit/ui_application.h"
-
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <memory>
 
 #include "platform/main_loop.h"
+#include "toolkit/ui_application.h"
 #include "toolkit/ui_window.h"
 
 namespace obolo {

@@ -67,8 +67,9 @@ TEST(UIButtonTest, AttributedTitleIsWhatTheTitleLabelShows) {
   button->setAttributedTitle(title, UIControlState::normal);
   EXPECT_EQ(button->titleLabel()->text(), "Terms of use");
   ASSERT_TRUE(button->titleLabel()->attributedText().has_value());
-  EXPECT_EQ(button->titleLabel()->attributedText()->attributeOverWholeText(NSAttributedStringKey::underlineStyle),
-            NSAttributeValue(NSUnderlineStyle::single));
+  EXPECT_EQ(
+      button->titleLabel()->attributedText()->attributeOverWholeText(NSAttributedStringKey::underlineStyle),
+      NSAttributeValue(NSUnderlineStyle::single));
 }
 
 TEST(UIControlTest, ActionsRunForTheirEventsInRegistrationOrderWithTheSender) {

@@ -1,5 +1,3 @@
-#include "toolkit/ui_image.h"
-
 #include <gtest/gtest.h>
 #include <unistd.h>
 #include <zlib.h>
@@ -11,6 +9,7 @@
 #include <string>
 
 #include "toolkit/image_data.h"
+#include "toolkit/ui_image.h"
 
 namespace obolo {
 namespace {
@@ -40,7 +39,7 @@ std::string Deflate(const std::string& raw) {
   return out;
 }
 
-struct PngSpec {
+struct PngShape {
   std::uint32_t width = 3;
   std::uint32_t height = 2;
   int depth = 8;
@@ -49,30 +48,30 @@ struct PngSpec {
   bool drop_last_row_byte = false;
 };
 
-std::string Header(const PngSpec& spec) {
+std::string Header(const PngShape& shape) {
   std::string ihdr;
-  PutBig32(ihdr, spec.width);
-  PutBig32(ihdr, spec.height);
-  ihdr += static_cast<char>(spec.depth);
-  ihdr += static_cast<char>(spec.color_type);
+  PutBig32(ihdr, shape.width);
+  PutBig32(ihdr, shape.height);
+  ihdr += static_cast<char>(shape.depth);
+  ihdr += static_cast<char>(shape.color_type);
   ihdr += std::string(3, '\0');
   return "\x89PNG\r\n\x1a\n" + Chunk("IHDR", ihdr);
 }
 
-std::string RawRows(const PngSpec& spec) {
-  const int channels = spec.color_type == 6 ? 4 : spec.color_type == 2 ? 3 : 1;
-  const std::size_t row_bytes = (spec.width * channels * spec.depth + 7) / 8;
+std::string RawRows(const PngShape& shape) {
+  const int channels = shape.color_type == 6 ? 4 : shape.color_type == 2 ? 3 : 1;
+  const std::size_t row_bytes = (shape.width * channels * shape.depth + 7) / 8;
   std::string raw;
-  for (std::uint32_t y = 0; y < spec.height; ++y) {
-    raw += spec.filter;
+  for (std::uint32_t y = 0; y < shape.height; ++y) {
+    raw += shape.filter;
     raw += std::string(row_bytes, '\x7f');
   }
-  if (spec.drop_last_row_byte) raw.pop_back();
+  if (shape.drop_last_row_byte) raw.pop_back();
   return raw;
 }
 
-std::string Png(const PngSpec& spec = {}) {
-  return Header(spec) + Chunk("IDAT", Deflate(RawRows(spec))) + Chunk("IEND", "");
+std::string Png(const PngShape& shape = {}) {
+  return Header(shape) + Chunk("IDAT", Deflate(RawRows(shape))) + Chunk("IEND", "");
 }
 
 std::string KitImageBytes(const std::string& name) {
@@ -90,10 +89,11 @@ TEST(ImageDataTest, WellFormedPngsAreImagesOfTheirSize) {
 
   EXPECT_TRUE(InspectImageData(Png({.width = 9, .height = 5, .depth = 1, .color_type = 0})));
   // Pixel data split over two chunks is one stream.
-  const PngSpec spec{.width = 40, .height = 40};
-  const std::string stream = Deflate(RawRows(spec));
-  const std::string split = Header(spec) + Chunk("IDAT", stream.substr(0, 10)) + Chunk("IDAT", stream.substr(10)) +
-                            Chunk("tEXt", "Comment\0x") + Chunk("IEND", "");
+  const PngShape shape{.width = 40, .height = 40};
+  const std::string stream = Deflate(RawRows(shape));
+  const std::string split = Header(shape) + Chunk("IDAT", stream.substr(0, 10)) +
+                            Chunk("IDAT", stream.substr(10)) + Chunk("tEXt", "Comment\0x") +
+                            Chunk("IEND", "");
   EXPECT_TRUE(InspectImageData(split));
 }
 
@@ -103,7 +103,7 @@ TEST(ImageDataTest, DamagedPngsAreNoImages) {
   bad_crc[bad_crc.size() - 20] ^= 0x01;  // inside the pixel data chunk
   std::string bad_signature = good;
   bad_signature[1] = 'Q';
-  const PngSpec spec;
+  const PngShape shape;
 
   struct Case {
     const char* what;
@@ -119,8 +119,8 @@ TEST(ImageDataTest, DamagedPngsAreNoImages) {
       {"zero width", Png({.width = 0})},
       {"bad depth for RGBA", Png({.depth = 4})},
       {"palette image without palette", Png({.depth = 8, .color_type = 3})},
-      {"no pixel data", Header(spec) + Chunk("IEND", "")},
-      {"garbage pixel data", Header(spec) + Chunk("IDAT", "not zlib at all") + Chunk("IEND", "")},
+      {"no pixel data", Header(shape) + Chunk("IEND", "")},
+      {"garbage pixel data", Header(shape) + Chunk("IDAT", "not zlib at all") + Chunk("IEND", "")},
       {"text", "<html>404 Not Found</html>"},
   };
   for (const auto& c : cases) EXPECT_FALSE(InspectImageData(c.bytes).has_value()) << c.what;
@@ -129,8 +129,8 @@ TEST(ImageDataTest, DamagedPngsAreNoImages) {
 TEST(ImageDataTest, JpegAndGifAreRecognisedByTheirHeaders) {
   // SOI, APP0 (JFIF), SOF0 of 640 x 480 with 3 components, then EOI.
   const std::string jpeg = std::string("\xFF\xD8", 2) + std::string("\xFF\xE0\x00\x04\x00\x00", 6) +
-                           std::string("\xFF\xC0\x00\x11\x08\x01\xE0\x02\x80\x03", 10) + std::string(9, '\x01') +
-                           std::string("\xFF\xD9", 2);
+                           std::string("\xFF\xC0\x00\x11\x08\x01\xE0\x02\x80\x03", 10) +
+                           std::string(9, '\x01') + std::string("\xFF\xD9", 2);
   auto info = InspectImageData(jpeg);
   ASSERT_TRUE(info.has_value());
   EXPECT_EQ(info->format, ImageFormat::jpeg);

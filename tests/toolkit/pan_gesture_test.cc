@@ -1,11 +1,10 @@
-#include "toolkit/ui_pan_gesture_recognizer.h"
-
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <vector>
 
 #include "toolkit/ui_button.h"
+#include "toolkit/ui_pan_gesture_recognizer.h"
 
 namespace obolo {
 namespace {
@@ -41,9 +40,9 @@ TEST(UIPanGestureRecognizerTest, EachCallbackReadsTheMovementSinceTheLastReset) 
   pan->simulate(UIGestureRecognizerState::ended, CGPoint{1, 1});
   // Without the reset the moves would add up to (5,5)+(15,5)+(15,25)+(16,26).
   EXPECT_EQ(dragger->dragged->center(), (CGPoint{20 + 16, 20 + 26}));
-  EXPECT_EQ(dragger->states,
-            (std::vector<UIGestureRecognizerState>{UIGestureRecognizerState::began, UIGestureRecognizerState::changed,
-                                                   UIGestureRecognizerState::changed, UIGestureRecognizerState::ended}));
+  EXPECT_EQ(dragger->states, (std::vector<UIGestureRecognizerState>{
+                                 UIGestureRecognizerState::began, UIGestureRecognizerState::changed,
+                                 UIGestureRecognizerState::changed, UIGestureRecognizerState::ended}));
 }
 
 TEST(UIPanGestureRecognizerTest, TranslationAccumulatesUntilResetAndRestartsWithANewGesture) {
@@ -56,6 +55,22 @@ TEST(UIPanGestureRecognizerTest, TranslationAccumulatesUntilResetAndRestartsWith
   pan->simulate(UIGestureRecognizerState::ended);
   pan->simulate(UIGestureRecognizerState::began, CGPoint{1, 0});
   EXPECT_EQ(pan->translation(view), (CGPoint{1, 0}));
+}
+
+TEST(UIPanGestureRecognizerTest, ATargetlessActionSeesThePanAsItsSender) {
+  auto view = std::make_shared<UIView>();
+  auto pan = std::make_shared<UIPanGestureRecognizer>();
+  view->addGestureRecognizer(pan);
+  std::vector<CGPoint> seen;
+  // The view owns the recogniser, which owns the action: a weak capture only.
+  pan->addAction(
+      [&seen, weak = std::weak_ptr<UIView>(view)](const std::shared_ptr<UIGestureRecognizer>& sender) {
+        auto panner = std::dynamic_pointer_cast<UIPanGestureRecognizer>(sender);
+        seen.push_back(panner->translation(weak.lock()));
+      });
+  pan->simulate(UIGestureRecognizerState::began, CGPoint{2, 3});
+  pan->simulate(UIGestureRecognizerState::changed, CGPoint{1, 1});
+  EXPECT_EQ(seen, (std::vector<CGPoint>{{2, 3}, {3, 4}}));
 }
 
 TEST(UIPanGestureRecognizerTest, DetachedOrDisabledRecognizerDoesNothing) {

@@ -1,5 +1,3 @@
-#include "toolkit/ui_storyboard.h"
-
 #include <gtest/gtest.h>
 
 #include <any>
@@ -9,6 +7,7 @@
 
 #include "platform/main_loop.h"
 #include "support/log_capture.h"
+#include "toolkit/ui_storyboard.h"
 #include "toolkit/ui_view_controller.h"
 
 namespace obolo {

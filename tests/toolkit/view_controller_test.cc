@@ -1,5 +1,3 @@
-#include "toolkit/ui_view_controller.h"
-
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -12,6 +10,7 @@
 #include "toolkit/ui_button.h"
 #include "toolkit/ui_navigation_controller.h"
 #include "toolkit/ui_screen.h"
+#include "toolkit/ui_view_controller.h"
 #include "toolkit/ui_window.h"
 
 namespace obolo {
@@ -69,7 +68,8 @@ TEST_F(ViewControllerTest, DefaultViewIsTheMainScreensSizeAndFollowsItsSuperview
   UIScreen::main().setBounds(CGRect(0, 0, 320, 568));
   auto vc = std::make_shared<UIViewController>();
   EXPECT_EQ(vc->view()->frame(), CGRect(0, 0, 320, 568));
-  EXPECT_EQ(vc->view()->autoresizingMask(), UIViewAutoresizing::flexibleWidth | UIViewAutoresizing::flexibleHeight);
+  EXPECT_EQ(vc->view()->autoresizingMask(),
+            UIViewAutoresizing::flexibleWidth | UIViewAutoresizing::flexibleHeight);
   UIScreen::main().setBounds(CGRect(0, 0, 390, 844));
 }
 
@@ -111,9 +111,9 @@ TEST_F(ViewControllerTest, PresentationCompletesOnALaterTurnAfterTheCallReturns)
   EXPECT_FALSE(completed);
 
   EXPECT_TRUE(MainLoop::main().runUntil([&] { return completed; }, 1s));
-  EXPECT_EQ(journal, (std::vector<std::string>{"sheet.loadView", "sheet.viewDidLoad tag=99",
-                                               "sheet.viewWillAppear", "present returned",
-                                               "sheet.viewDidAppear", "completion"}));
+  EXPECT_EQ(journal,
+            (std::vector<std::string>{"sheet.loadView", "sheet.viewDidLoad tag=99", "sheet.viewWillAppear",
+                                      "present returned", "sheet.viewDidAppear", "completion"}));
   EXPECT_FALSE(sheet->isBeingPresented());
 }
 
@@ -211,9 +211,9 @@ TEST_F(ViewControllerTest, WindowRootAppearsWhenTheWindowBecomesVisible) {
   window->setRootViewController(root);
   EXPECT_EQ(journal, (std::vector<std::string>{"root.loadView", "root.viewDidLoad tag=99"}));
   window->makeKeyAndVisible();
-  EXPECT_EQ(journal, (std::vector<std::string>{"root.loadView", "root.viewDidLoad tag=99", "root.viewWillAppear",
-                                               "child.viewWillAppear", "root.viewDidAppear",
-                                               "child.viewDidAppear"}));
+  EXPECT_EQ(journal,
+            (std::vector<std::string>{"root.loadView", "root.viewDidLoad tag=99", "root.viewWillAppear",
+                                      "child.viewWillAppear", "root.viewDidAppear", "child.viewDidAppear"}));
   EXPECT_EQ(root->view()->superview(), window);
 }
 

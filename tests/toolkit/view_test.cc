@@ -1,5 +1,3 @@
-#include "toolkit/ui_view.h"
-
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -7,6 +5,7 @@
 
 #include "platform/main_loop.h"
 #include "toolkit/ui_gesture_recognizer.h"
+#include "toolkit/ui_view.h"
 #include "toolkit/ui_window.h"
 
 namespace obolo {
@@ -201,7 +200,12 @@ TEST(UIViewTest, AnimateAppliesAtOnceRecordsTheDurationAndCompletesLater) {
   MainLoop::main().useVirtualTime();
   auto view = View(CGRect(0, 0, 10, 10));
   bool completed = false;
-  UIView::animate(0.3, [&] { view->setCenter(CGPoint{50, 50}); }, [&](bool finished) { completed = finished; });
+  UIView::animate(
+      0.3,
+      [&] {
+        view->setCenter(CGPoint{50, 50});
+      },
+      [&](bool finished) { completed = finished; });
   EXPECT_EQ(view->center(), (CGPoint{50, 50}));
   EXPECT_EQ(UIView::lastAnimationDuration(), 0.3);
   EXPECT_FALSE(completed);

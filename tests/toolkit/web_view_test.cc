@@ -1,5 +1,3 @@
-#include "toolkit/wk_web_view.h"
-
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -7,6 +5,7 @@
 #include <vector>
 
 #include "platform/main_loop.h"
+#include "toolkit/wk_web_view.h"
 
 namespace obolo {
 namespace {

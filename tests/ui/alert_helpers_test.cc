@@ -1,5 +1,3 @@
-#include "ui/view_controller_helpers.h"
-
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -7,6 +5,7 @@
 
 #include "platform/main_loop.h"
 #include "toolkit/ui_alert_controller.h"
+#include "ui/view_controller_helpers.h"
 
 namespace obolo {
 namespace {

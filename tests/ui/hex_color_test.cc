@@ -18,8 +18,8 @@ TEST(HexColorTest, ParsesLikeThePlatformOnTrickyInputs) {
       // Trimming, case and the one optional "#".
       {"  #ff8800\n", Rgb(255, 136, 0)},
       {"FF8800", Rgb(255, 136, 0)},
-      {"\xC2\xA0#00ff00\xE3\x80\x80", Rgb(0, 255, 0)},  // no-break space, ideographic space
-      {"##FF880", kBlack},                             // six left, but the scanner meets "#"
+      {"\u00A0#00ff00\u3000", Rgb(0, 255, 0)},  // no-break space, ideographic space
+      {"##FF880", kBlack},                      // six left, but the scanner meets "#"
       // Only exactly six characters count.
       {"#FFF", kGrey},
       {"#FF880080", kGrey},
@@ -35,11 +35,11 @@ TEST(HexColorTest, ParsesLikeThePlatformOnTrickyInputs) {
       {"# FF880", Rgb(0x0F, 0xF8, 0x80)},
       {"#\r\nFF880", Rgb(0x0F, 0xF8, 0x80)},  // CR LF is one character
       // User-perceived characters, after full upper-casing.
-      {"FF8800\xCC\x81", Rgb(255, 136, 0)},  // a combining accent joins the last digit
-      {"FF880\xCC\x81", kGrey},              // ...so this is five characters
-      {"\xEF\xAC\x80" "8800", Rgb(255, 136, 0)},  // the ligature "ff" upper-cases to "FF"
-      {"\xC3\x9F" "ABCD", kBlack},                // "ß" upper-cases to "SS": six, and no digit
-      {"\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA" "ABCDE", kBlack},  // a flag is one character
+      {"FF8800\u0301", Rgb(255, 136, 0)},     // a combining accent joins the last digit
+      {"FF880\u0301", kGrey},                 // ...so this is five characters
+      {"\uFB008800", Rgb(255, 136, 0)},       // the ligature "ff" upper-cases to "FF"
+      {"\u00DFABCD", kBlack},                 // "ß" upper-cases to "SS": six, and no digit
+      {"\U0001F1E9\U0001F1EAABCDE", kBlack},  // a flag is one character
   };
   for (const auto& c : cases) {
     const ColorComponents got = HexColorComponents(c.text);

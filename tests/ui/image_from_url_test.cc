@@ -1,5 +1,3 @@
-#include "ui/image_view_helpers.h"
-
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
@@ -17,9 +15,10 @@
 #include <thread>
 #include <vector>
 
-#include "platform/main_loop.h"
 #include "platform/log.h"
+#include "platform/main_loop.h"
 #include "toolkit/ui_activity_indicator_view.h"
+#include "ui/image_view_helpers.h"
 
 namespace obolo {
 namespace {
@@ -113,11 +112,11 @@ class ImageFromUrlTest : public ::testing::Test {
     thread_.join();
   }
 
-  std::string url(const std::string& path) const { return "http://127.0.0.1:" + std::to_string(port_) + path; }
-
-  std::shared_ptr<UIImageView> imageView() {
-    return std::make_shared<UIImageView>(CGRect(20, 30, 120, 60));
+  std::string url(const std::string& path) const {
+    return "http://127.0.0.1:" + std::to_string(port_) + path;
   }
+
+  std::shared_ptr<UIImageView> imageView() { return std::make_shared<UIImageView>(CGRect(20, 30, 120, 60)); }
 
   WakingLogCapture log;
   std::string logo_;

@@ -15,13 +15,13 @@ TEST(ReplaceTextTest, OnlyTheExactFundsMessageIgnoringCaseGainsTheHint) {
     const char* text;
     bool gains_hint;
   } cases[] = {
-      {" you don\xE2\x80\x99t have sufficient funds.", true},
-      {" You don\xE2\x80\x99t have sufficient funds.", true},
-      {" YOU DON\xE2\x80\x99T HAVE SUFFICIENT FUNDS.", true},
-      {"you don\xE2\x80\x99t have sufficient funds.", false},    // no leading space
-      {" you don't have sufficient funds.", false},              // straight apostrophe
-      {" you don\xE2\x80\x99t have sufficient funds", false},    // no full stop
-      {" you don\xE2\x80\x99t have sufficient funds. ", false},  // trailing space
+      {" you don\u2019t have sufficient funds.", true},
+      {" You don\u2019t have sufficient funds.", true},
+      {" YOU DON\u2019T HAVE SUFFICIENT FUNDS.", true},
+      {"you don\u2019t have sufficient funds.", false},    // no leading space
+      {" you don't have sufficient funds.", false},        // straight apostrophe
+      {" you don\u2019t have sufficient funds", false},    // no full stop
+      {" you don\u2019t have sufficient funds. ", false},  // trailing space
       {"Unlock this article for 0.50 EUR", false},
       {"", false},
   };

@@ -48,9 +48,10 @@ TEST(ViewFromNibTest, MissingEmptyOrMismatchedLayoutsAreReportedNotFatal) {
   EXPECT_EQ(fromNib<UnregisteredView>(), nullptr);
   EXPECT_EQ(fromNib<EmptyView>(), nullptr);
   EXPECT_EQ(fromNib<MislaidView>(), nullptr);
-  EXPECT_EQ(log.lines(), (std::vector<std::string>{"Could not load NIB named UnregisteredView",
-                                                   "NIB named EmptyView has no top-level object",
-                                                   "The first object of NIB named MislaidView is not a MislaidView"}));
+  EXPECT_EQ(log.lines(),
+            (std::vector<std::string>{"Could not load NIB named UnregisteredView",
+                                      "NIB named EmptyView has no top-level object",
+                                      "The first object of NIB named MislaidView is not a MislaidView"}));
 }
 
 }  // namespace

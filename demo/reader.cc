@@ -1,0 +1,292 @@
+#include "demo/reader.h"
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "demo/login_page_client.h"
+#include "entry/global_variable.h"
+#include "entry/obolo.h"
+#include "login/web_login_vc.h"
+#include "network/network_manager.h"
+#include "paywall/paywall_vc.h"
+#include "platform/main_loop.h"
+#include "platform/number_format.h"
+#include "sandbox/default_world.h"
+#include "sandbox/sandbox.h"
+#include "toolkit/ui_window.h"
+#include "toolkit/ui_window_scene.h"
+#include "wallet/floating_button.h"
+#include "wallet/logout_controller.h"
+
+namespace obolo::demo {
+namespace {
+
+namespace seed = sandbox::seed;
+using Clock = std::chrono::steady_clock;
+
+constexpr auto kStepTimeout = std::chrono::seconds(20);
+
+// Prints one line per step: how long the step took, its name, what the
+// reader sees.
+class Timeline {
+ public:
+  void step(const std::string& name, const std::string& sees) {
+    const auto now = Clock::now();
+    const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(now - last_).count();
+    last_ = now;
+    std::printf("  %6lld ms  %-16s %s\n", static_cast<long long>(took), name.c_str(), sees.c_str());
+    std::fflush(stdout);
+  }
+  long long totalMilliseconds() const {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start_).count();
+  }
+
+ private:
+  Clock::time_point start_ = Clock::now();
+  Clock::time_point last_ = start_;
+};
+
+std::string Quoted(const std::optional<std::string>& text) { return "\"" + text.value_or("") + "\""; }
+
+std::string Shorten(const std::string& key) { return key.size() > 10 ? key.substr(0, 10) + "…" : key; }
+
+class Reader {
+ public:
+  Reader(const DemoOptions& options, const Service& service)
+      : options_(options),
+        service_(service),
+        window_(std::make_shared<UIWindow>(std::make_shared<UIWindowScene>())),
+        host_(std::make_shared<UIViewController>()),
+        content_(std::make_shared<UIView>(CGRect{{0, 120}, {390, 640}})) {
+    auto article = std::make_shared<UILabel>(CGRect{{16, 16}, {358, 600}});
+    article->setText(seed::kNormalArticleTitle);
+    content_->addSubview(article);
+    window_->setRootViewController(host_);
+    host_->view()->addSubview(content_);
+    window_->makeKeyAndVisible();
+  }
+
+  int play() {
+    std::printf("Obolo demo: scenario %s, card at %s, service %s%s\n", ScenarioName(options_.scenario).c_str(),
+                PositionName(), service_.origin.c_str(), service_.sandbox ? " (embedded sandbox)" : "");
+    switch (options_.scenario) {
+      case Scenario::kNewReader:
+        return newReader();
+      case Scenario::kReturningReader:
+        return returningReader(seed::kNormalArticleUrl, std::chrono::hours(1));
+      case Scenario::kExpiredToken:
+        return returningReader(seed::kNormalArticleUrl, std::chrono::seconds(-60));
+      case Scenario::kInsufficientFunds:
+        return insufficientFunds();
+      case Scenario::kServiceDown:
+        return serviceDown();
+    }
+    return 2;
+  }
+
+ private:
+  const char* PositionName() const {
+    switch (options_.position) {
+      case Position::top:
+        return "top";
+      case Position::bottom:
+        return "bottom";
+      case Position::center:
+        break;
+    }
+    return "center";
+  }
+
+  // --- Steps ---
+
+  void load(const std::string& articleUrl) {
+    Obolo obolo(seed::kPublisherAccessKey, seed::kCategory, service_.logoUrl, articleUrl, seed::kPublisherCustomerId,
+                seed::kPublisherDomain);
+    obolo.loadPaywall(host_, content_, options_.position);
+    paywall_ = std::dynamic_pointer_cast<PaywallVC>(host_->children().back());
+    timeline_.step("waiting", std::string("paywall hidden until the bid arrives; article readable: ") +
+                                  (paywall_->view()->isHidden() ? "yes" : "no"));
+  }
+
+  bool waitFor(const std::function<bool()>& done, const char* what) {
+    if (MainLoop::main().runUntil(done, kStepTimeout)) return true;
+    std::printf("  step did not happen in %lld s: %s\n", static_cast<long long>(kStepTimeout.count()), what);
+    return false;
+  }
+
+  bool cardShown() const {
+    return !paywall_->view()->isHidden() && !paywall_->unlockView->isHidden() && paywall_->lblObTitle->text();
+  }
+
+  std::string card() const {
+    std::string text = Quoted(paywall_->lblObTitle->text()) + " · " + paywall_->lblObCustomerPrice->text().value_or("");
+    if (paywall_->btnUnlock->isHidden()) {
+      text += " · unlock button hidden";
+    } else {
+      text += " · [" + paywall_->btnUnlock->title(UIControlState::normal).value_or("") + "]";
+    }
+    if (!paywall_->btnAgreement->isHidden()) text += " · consent ticked";
+    return text;
+  }
+
+  bool showCard(const char* name = "card") {
+    if (!waitFor([&] { return cardShown(); }, "the card")) return false;
+    MainLoop::main().runFor(std::chrono::milliseconds(1));  // the card's texts follow on the next turn
+    timeline_.step(name, card());
+    return true;
+  }
+
+  bool logIn() {
+    paywall_->btnUnlock->sendActions(UIControlEvent::touchUpInside);
+    auto login = std::dynamic_pointer_cast<WebLoginVC>(paywall_->presentedViewController());
+    if (!login) {
+      std::printf("  the login screen did not open\n");
+      return false;
+    }
+    timeline_.step("unlock", "tapped with consent given; no session yet, so the login screen opens");
+    const auto request = login->webview->lastRequest();
+    timeline_.step("login screen", request ? request->url().absoluteString() : std::string("(nothing loaded)"));
+
+    std::string error;
+    const auto keys = LogInOnPage(service_.origin, service_.caFile, seed::kReaderEmail, error);
+    if (!keys) {
+      std::printf("  logging in needs the service's page in a browser: %s\n", error.c_str());
+      return false;
+    }
+    timeline_.step("login page", std::string(seed::kReaderEmail) + " enters the one-time code; the page posts " +
+                                     "device_key=" + Shorten(keys->deviceKey) + " login_key=" +
+                                     Shorten(keys->loginKey));
+    login->webview->postMessageFromPage("obHandler", {{"device_key", keys->deviceKey}, {"login_key", keys->loginKey}});
+    GlobalVariable& global = GlobalVariable::shared();
+    if (!waitFor([&] { return paywall_->presentedViewController() == nullptr && global.isOBTokenExist(); },
+                 "the customer bid")) {
+      return false;
+    }
+    timeline_.step("customer bid", "login screen closed; logged in as " + global.getEmail() + ", customer " +
+                                       std::to_string(global.getCustomerId()) + "; session stored");
+    return true;
+  }
+
+  bool pay() {
+    paywall_->btnUnlock->sendActions(UIControlEvent::touchUpInside);
+    timeline_.step("unlock", "tapped; the bid is accepted");
+    if (!waitFor([&] { return paywall_->unlockView->isHidden(); }, "the accepted bid")) return false;
+    timeline_.step("accept", "paid; splash " + Quoted(paywall_->lblSplashMessage->text()) + " for 5 seconds");
+    if (!waitFor([&] { return paywall_->view()->isHidden(); }, "the end of the splash")) return false;
+    if (!waitFor([&] { return floatingButton(*host_) && floatingButton(*host_)->superview() == host_->view(); },
+                 "the wallet button")) {
+      return false;
+    }
+    const CGPoint at = floatingButton(*host_)->center();
+    timeline_.step("article readable", "paywall gone; wallet button at (" + ShortestDecimal(at.x) + ", " +
+                                           ShortestDecimal(at.y) + ")");
+    return true;
+  }
+
+  bool walletAndLogout() {
+    floatingButton(*host_)->sendActions(UIControlEvent::touchUpInside);
+    auto wallet = std::dynamic_pointer_cast<LogoutController>(host_->presentedViewController());
+    if (!wallet) {
+      std::printf("  the wallet did not open\n");
+      return false;
+    }
+    const auto before = wallet->lblBalance->text();
+    if (!waitFor([&] { return wallet->lblBalance->text() != before; }, "the balance")) return false;
+    timeline_.step("wallet", "balance " + wallet->lblBalance->text().value_or(""));
+
+    wallet->btnLogout->sendActions(UIControlEvent::touchUpInside);
+    GlobalVariable& global = GlobalVariable::shared();
+    if (!waitFor([&] { return host_->presentedViewController() == nullptr && !global.isOBTokenExist(); },
+                 "the logout")) {
+      return false;
+    }
+    timeline_.step("logout", "wallet closed; session cleared; the paywall asks for a new bid");
+    return showCard("card back");
+  }
+
+  void storeSession(const sandbox::SessionKeys& keys) {
+    GlobalVariable& global = GlobalVariable::shared();
+    global.setDeviceKey(keys.deviceKey);
+    global.setAccessToken(keys.accessToken);
+    global.setRefreshToken(keys.refreshToken);
+    global.setEmail(keys.email);
+    global.setCustomerId(keys.customerId);
+  }
+
+  int finish(bool ok) {
+    if (ok) std::printf("Done in %lld ms.\n", timeline_.totalMilliseconds());
+    return ok ? 0 : 1;
+  }
+
+  // --- Scenarios ---
+
+  int newReader() {
+    load(seed::kNormalArticleUrl);
+    const bool ok = showCard() && logIn() && showCard() && pay() && walletAndLogout();
+    return finish(ok);
+  }
+
+  int returningReader(const char* articleUrl, std::chrono::seconds accessLifetime) {
+    if (service_.sandbox == nullptr) {
+      std::printf("  this scenario seeds a session in the embedded sandbox; run it without --base-url\n");
+      return 2;
+    }
+    storeSession(service_.sandbox->createSession(seed::kReaderEmail, accessLifetime, std::chrono::hours(24)).value());
+    timeline_.step("session", std::string(accessLifetime.count() > 0 ? "a valid" : "an expired") +
+                                  " access token is stored for " + seed::kReaderEmail);
+    load(articleUrl);
+    const bool ok = showCard() && pay() && walletAndLogout();
+    return finish(ok);
+  }
+
+  int insufficientFunds() {
+    if (service_.sandbox == nullptr) {
+      std::printf("  this scenario seeds a session in the embedded sandbox; run it without --base-url\n");
+      return 2;
+    }
+    storeSession(service_.sandbox->createSession(seed::kReaderEmail).value());
+    timeline_.step("session", std::string("logged in; the wallet holds ") +
+                                  ShortestDecimal(service_.sandbox->balance(seed::kReaderEmail).value_or(0)) + " EUR");
+    load(seed::kExpensiveArticleUrl);
+    if (!showCard()) return finish(false);
+    const bool tapped = paywall_->btnUnlock->tap();
+    timeline_.step("unlock", tapped ? "tapped" : "nothing to tap: the balance is below the price, and no credit");
+    return finish(paywall_->btnUnlock->isHidden() && !tapped);
+  }
+
+  int serviceDown() {
+    if (service_.sandbox != nullptr) service_.sandbox->stop();
+    timeline_.step("service down", "nothing answers at " + service_.origin);
+    load(seed::kNormalArticleUrl);
+    MainLoop::main().runFor(std::chrono::seconds(3));
+    const bool readable = paywall_->view()->isHidden();
+    timeline_.step("3 s later", std::string("no bid arrived; ") +
+                                    (readable ? "the paywall stays out of the way and the article is readable"
+                                              : "the paywall covers the article"));
+    return finish(readable);
+  }
+
+  const DemoOptions& options_;
+  const Service& service_;
+  Timeline timeline_;
+  std::shared_ptr<UIWindow> window_;
+  std::shared_ptr<UIViewController> host_;
+  std::shared_ptr<UIView> content_;
+  std::shared_ptr<PaywallVC> paywall_;
+};
+
+}  // namespace
+
+int PlayReader(const DemoOptions& options, const Service& service) {
+  Reader reader(options, service);
+  const int status = reader.play();
+  // Lets answers still on their way land before the service stops.
+  MainLoop::main().runFor(std::chrono::milliseconds(50));
+  return status;
+}
+
+}  // namespace obolo::demo

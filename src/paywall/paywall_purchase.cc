@@ -1,0 +1,165 @@
+// The paywall's purchase logic: which service call goes out, with what, what
+// is stored from the answers, and which screen action each answer asks for.
+// The views themselves are paywall_card.cc's and paywall_screen.cc's.
+
+#include <utility>
+
+#include "entry/constants.h"
+#include "network/network_manager.h"
+#include "paywall/paywall_decision.h"
+#include "paywall/paywall_vc.h"
+#include "platform/log.h"
+#include "platform/main_loop.h"
+
+namespace obolo {
+namespace {
+
+void LogFailure(std::string message) { LogLine(message); }
+
+}  // namespace
+
+void PaywallVC::configureView() {
+  if (!global.isOBTokenExist()) {
+    requestCreateLoggedOutBid();
+  } else if (global.isOBTokenValid()) {
+    requestCreateLoggedInBid();
+  } else {
+    getNextAccesToken();
+  }
+}
+
+// May run on the HTTP session's thread, after a failed token refresh: it reads
+// only the shared configuration and hands the answer to the main loop.
+void PaywallVC::requestCreateLoggedOutBid() {
+  CreateLoggedBidParam param;
+  param.category = global.category();
+  param.articleUrl = global.articleUrl();
+  param.publisherCustomerId = global.publisherCustomerId();
+  param.publisherDomain = global.publisherDomain();
+  param.ipAddress = std::string(IP_ADDRESS);
+  param.userAgent = std::string(USER_AGENT);
+  NetworkManager::shared().createLoggedOutBid(
+      param,
+      [me = self()](OboloData envelope) {
+        MainLoop::main().post([me, envelope = std::move(envelope)] {
+          if (envelope.data) me->decidePaywall(*envelope.data);
+        });
+      },
+      LogFailure);
+}
+
+// May run on the HTTP session's thread, after a successful token refresh.
+void PaywallVC::requestCreateLoggedInBid() {
+  CreateLoggedBidParam param;
+  param.accessKey = global.accessKey();
+  param.category = global.category();
+  param.customerId = global.getCustomerId();
+  param.articleUrl = global.articleUrl();
+  param.publisherCustomerId = global.publisherCustomerId();
+  param.publisherDomain = global.publisherDomain();
+  param.ipAddress = std::string(IP_ADDRESS);
+  param.userAgent = std::string(USER_AGENT);
+  NetworkManager::shared().createLoggedInBid(
+      param,
+      [me = self()](OboloData envelope) {
+        MainLoop::main().post([me, envelope = std::move(envelope)] {
+          if (envelope.data) me->decidePaywall(*envelope.data);
+        });
+      },
+      LogFailure);
+}
+
+// The refresh's answers stay on the HTTP session's thread: they only write the
+// session store and start the next bid, and touch no view.
+void PaywallVC::getNextAccesToken() {
+  NextTokenParam param;
+  param.deviceKey = global.getDeviceKey();
+  param.email = global.getEmail();
+  param.refreshToken = global.getRefreshToken();
+  LogLine("getNextAccesToken refreshToken: " + param.refreshToken, LogContent::kCredential);
+  auto me = self();
+  NetworkManager::shared().getNextAccessToken(
+      param,
+      [me](NextTokenData envelope) {
+        if (envelope.data) me->saveCustomerData(*envelope.data, /*isExpired=*/true);
+      },
+      [me](std::string message) {
+        // The reader goes on as logged out for this article; the stored
+        // session is kept for the next attempt.
+        LogLine(message);
+        me->requestCreateLoggedOutBid();
+      });
+}
+
+void PaywallVC::saveCustomerData(const CustomerInfoSet& data, bool isExpired) {
+  global.setAccessToken(data.accessToken.value_or(""));
+  global.setDeviceKey(data.deviceKey.value_or(""));
+  if (data.customer) {
+    global.setEmail(data.customer->email.value_or(""));
+    global.setCustomerId(data.customer->id.value_or(0));
+  }
+  if (isExpired) {
+    // A refresh: the refresh token already stored stays.
+    requestCreateLoggedInBid();
+  } else {
+    global.setRefreshToken(data.refreshToken.value_or(""));
+  }
+}
+
+void PaywallVC::decidePaywall(const DataSet& data) {
+  const PaywallDecision decision = DecidePaywall(data, isRedirectToPaywall);
+  switch (decision.outcome) {
+    case PaywallDecision::Outcome::kHide:
+      hidePaywall();
+      return;
+    case PaywallDecision::Outcome::kReveal:
+      showPaywall();
+      reveal();
+      break;
+    case PaywallDecision::Outcome::kShowCard:
+      showPaywall();
+      showCard();
+      if (decision.transactionMode) transactionMode = *decision.transactionMode;
+      if (decision.unlockButtonHidden) isUnlockButton(*decision.unlockButtonHidden);
+      break;
+  }
+  configurePaywall(data);
+}
+
+void PaywallVC::configurePaywall(const DataSet& with) {
+  obBidId = with.oboloBidId.value_or(0);
+  transactionMode = with.oboloTransactionMode.value_or("");
+  global.setPublisherId(with.publisherId.value_or(0));
+  if (with.paywallSettings) updateView(*with.paywallSettings);
+}
+
+void PaywallVC::requestCustomerBid(const std::string& deviceKey, const std::string& loginToken) {
+  CustomerBidParam param;
+  param.deviceKey = deviceKey;
+  param.oboloBidId = obBidId;
+  param.loginToken = loginToken;
+  NetworkManager::shared().customerBid(
+      param,
+      [me = self()](OboloData envelope) {
+        MainLoop::main().post([me, envelope = std::move(envelope)] {
+          if (!envelope.data) return;
+          const DataSet& data = *envelope.data;
+          if (data.customerInfo) me->saveCustomerData(*data.customerInfo, /*isExpired=*/false);
+          me->setSplashMessage(data.paywallSettings ? data.paywallSettings->obAutoUnlockText : std::nullopt);
+          me->decidePaywall(data);
+        });
+      },
+      LogFailure);
+}
+
+void PaywallVC::requestAcceptBid() {
+  AcceptBidParam param;
+  param.oboloBidId = obBidId;
+  param.oboloTransactionMode = transactionMode;
+  // Every answer that decodes counts as paid, whatever its `success`: the
+  // service has taken the bid, and the reader is never shown an error.
+  NetworkManager::shared().acceptBid(
+      param, [me = self()](OboloData) { MainLoop::main().post([me] { me->reveal(); }); }, LogFailure);
+}
+
+}  // namespace obolo

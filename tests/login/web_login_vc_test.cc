@@ -1,0 +1,374 @@
+#include "login/web_login_vc.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/log.h"
+#include "platform/main_loop.h"
+#include "support/log_capture.h"
+#include "toolkit/ui_application.h"
+#include "toolkit/ui_button.h"
+#include "toolkit/ui_screen.h"
+#include "toolkit/ui_window.h"
+#include "toolkit/ui_window_scene.h"
+
+namespace obolo {
+namespace {
+
+using namespace std::chrono_literals;
+using nlohmann::json;
+
+// The production address for the given id texts, spelled out in full.
+std::string ProductionAddress(const std::string& publisherId, const std::string& bidId) {
+  return "https://wallet.obolo.io/?login_source=ios_paywall&login_publisher_id=" + publisherId +
+         "&login_publisher_logo_url=https://wallet.obolo.io/assets/publisher-logo.png"
+         "&login_publisher_bid_id=" +
+         bidId + "&login_redirect_url=https://app.obolo.io/window-mode/index.html";
+}
+
+// What the opener's callback saw.
+struct Call {
+  std::string deviceKey;
+  std::string loginKey;
+  bool stillPresented;  // the host still presented the screen at the call
+};
+
+class WebLoginTest : public ::testing::Test {
+ protected:
+  void SetUp() override { MainLoop::main().useVirtualTime(); }
+
+  // A window showing `host`, in a scene whose status bar is `statusBarHeight`
+  // high; key unless told otherwise.
+  void ShowHost(double statusBarHeight = 47, bool key = true) {
+    scene = std::make_shared<UIWindowScene>();
+    scene->statusBarManager()->setStatusBarFrame(CGRect(0, 0, UIScreen::main().bounds().width(), statusBarHeight));
+    window = std::make_shared<UIWindow>(scene);
+    host = std::make_shared<UIViewController>();
+    window->setRootViewController(host);
+    key ? window->makeKeyAndVisible() : window->setHidden(false);
+  }
+
+  // A login screen prepared as the paywall prepares it, presented by the host.
+  std::shared_ptr<WebLoginVC> PresentLogin(std::int64_t publisherId = 12, std::int64_t bidId = 345,
+                                           bool withCallback = true) {
+    auto screen = std::make_shared<WebLoginVC>();
+    screen->publisherId = publisherId;
+    screen->obBidId = bidId;
+    if (withCallback) {
+      screen->callback = [this](std::string deviceKey, std::string loginKey) {
+        calls.push_back({std::move(deviceKey), std::move(loginKey), host->presentedViewController() != nullptr});
+      };
+    }
+    host->present(screen, /*animated=*/true);
+    Settle();
+    return screen;
+  }
+
+  static void Settle() { MainLoop::main().runFor(0s); }
+
+  static std::shared_ptr<UIButton> DoneButton(WebLoginVC& screen) {
+    return std::dynamic_pointer_cast<UIButton>(screen.view()->viewWithTag(kWebLoginDoneButtonTag));
+  }
+
+  // The credential lines written since the capture began or was cleared.
+  std::vector<std::string> CredentialLines() const {
+    std::vector<std::string> lines;
+    for (const auto& entry : log.entries()) {
+      if (entry.content == LogContent::kCredential) lines.push_back(entry.text);
+    }
+    return lines;
+  }
+
+  testing::LogCapture log;
+  std::shared_ptr<UIWindowScene> scene;
+  std::shared_ptr<UIWindow> window;
+  std::shared_ptr<UIViewController> host;
+  std::vector<Call> calls;
+};
+
+TEST_F(WebLoginTest, AddressCarriesTheFiveParametersInOrderWithIdsInDecimal) {
+  constexpr auto kMax = std::numeric_limits<std::int64_t>::max();
+  constexpr auto kMin = std::numeric_limits<std::int64_t>::min();
+  const struct {
+    std::int64_t publisherId, bidId;
+    const char *publisherText, *bidText;
+  } cases[] = {
+      {12, 345, "12", "345"},
+      {0, 0, "0", "0"},
+      {-12, -345, "-12", "-345"},
+      {kMax, kMin, "9223372036854775807", "-9223372036854775808"},
+  };
+  for (const auto& c : cases) {
+    WebLoginVC screen;
+    screen.publisherId = c.publisherId;
+    screen.obBidId = c.bidId;
+    EXPECT_EQ(screen.loginAddress(), ProductionAddress(c.publisherText, c.bidText)) << c.publisherText;
+  }
+
+  const WebLoginVC unset;
+  EXPECT_EQ(unset.loginAddress(), ProductionAddress("0", "0")) << "ids the opener never set";
+}
+
+TEST_F(WebLoginTest, LoadingTheViewLoadsThePageWithAPlainGetAndWritesTheAddress) {
+  ShowHost();
+  auto screen = PresentLogin(12, 345);
+
+  ASSERT_EQ(screen->webview->loadedRequests().size(), 1u);
+  const URLRequest& request = screen->webview->loadedRequests().front();
+  EXPECT_EQ(request.url().absoluteString(), ProductionAddress("12", "345"));
+  EXPECT_EQ(request.httpMethod(), "GET");
+  EXPECT_EQ(request.cachePolicy(), URLRequest::CachePolicy::useProtocolCachePolicy);
+  EXPECT_EQ(request.timeoutInterval(), 60.0);
+  EXPECT_TRUE(request.allHTTPHeaderFields().empty());
+  EXPECT_TRUE(request.httpBody().empty());
+
+  const auto& configuration = screen->webview->configuration();
+  EXPECT_TRUE(configuration.defaultWebpagePreferences.allowsContentJavaScript);
+  EXPECT_EQ(configuration.userContentController->handler("obHandler"),
+            std::static_pointer_cast<WKScriptMessageHandler>(screen));
+  EXPECT_EQ(screen->webview->navigationDelegate(), std::static_pointer_cast<WKNavigationDelegate>(screen));
+  EXPECT_EQ(screen->webview->uiDelegate(), std::static_pointer_cast<WKUIDelegate>(screen));
+
+  const auto entries = log.entries();
+  const int at = log.indexOf(ProductionAddress("12", "345"));
+  ASSERT_GE(at, 0) << "the address is written as one line";
+  EXPECT_EQ(entries[at].content, LogContent::kDiagnostic);
+}
+
+TEST_F(WebLoginTest, WebViewStartsBelowStatusBarAndBarKeepingTheViewsFullHeight) {
+  UIScreen::main().setBounds(CGRect(0, 0, 320, 568));
+  // The status bar counts only on the key window's scene; every missing link
+  // counts as no status bar.
+  struct Step {
+    const char* what;
+    std::function<void()> arrange;
+    double expectedY;
+  };
+  const Step steps[] = {
+      {"no key window", [&] { ShowHost(20, /*key=*/false); }, 44},
+      {"key window with a 20-point status bar", [&] { window->makeKey(); }, 64},
+      {"status bar of another height", [&] { scene->statusBarManager()->setStatusBarFrame(CGRect(0, 0, 320, 54)); },
+       98},
+      {"key window without a status bar manager", [&] { scene->setStatusBarManager(nullptr); }, 44},
+      {"key window without a scene", [&] { window->setWindowScene(nullptr); }, 44},
+  };
+  for (const auto& step : steps) {
+    step.arrange();
+    auto screen = PresentLogin();
+    EXPECT_EQ(screen->statausbarHeight(), step.expectedY - 44) << step.what;
+    EXPECT_EQ(screen->webview->frame(), CGRect(0, step.expectedY, 320, 568)) << step.what;
+    EXPECT_EQ(screen->webview->autoresizingMask(), UIViewAutoresizing::none) << step.what;
+    EXPECT_EQ(screen->webview->superview(), screen->view()) << step.what;
+
+    auto done = DoneButton(*screen);
+    ASSERT_NE(done, nullptr) << step.what;
+    EXPECT_TRUE(done->isVisibleOnScreen()) << step.what;
+    EXPECT_LE(done->frame().maxY(), step.expectedY) << "Done sits above the page: " << step.what;
+    EXPECT_GE(done->frame().minY(), step.expectedY - 44) << "Done sits below the status bar: " << step.what;
+
+    ASSERT_TRUE(done->tap());
+    Settle();
+    ASSERT_EQ(host->presentedViewController(), nullptr);
+  }
+  UIScreen::main().setBounds(CGRect(0, 0, 390, 844));
+}
+
+TEST_F(WebLoginTest, MessageWithBothKeysClosesTheScreenThenCallsBackOnceDeviceKeyFirst) {
+  ShowHost();
+  auto screen = PresentLogin();
+  const json body = {{"device_key", "dk-1"},
+                     {"login_key", "lk-2"},
+                     {"email", "reader@example.com"},
+                     {"nested", {{"device_key", "not this one"}}}};
+  ASSERT_TRUE(screen->webview->postMessageFromPage("obHandler", body));
+
+  ASSERT_TRUE(MainLoop::main().runUntil([&] { return screen->isBeingDismissed(); }, 1s));
+  EXPECT_TRUE(calls.empty()) << "the callback waits for the dismissal to complete";
+
+  Settle();
+  ASSERT_EQ(calls.size(), 1u);
+  EXPECT_EQ(calls[0].deviceKey, "dk-1");
+  EXPECT_EQ(calls[0].loginKey, "lk-2");
+  EXPECT_FALSE(calls[0].stillPresented) << "called after the screen has gone";
+  EXPECT_EQ(host->presentedViewController(), nullptr);
+  EXPECT_EQ(screen->view()->window(), nullptr) << "the screen no longer covers the window";
+  EXPECT_EQ(CredentialLines(), std::vector<std::string>{body.dump()}) << "the body is one credential line";
+
+  MainLoop::main().advance(10s);
+  EXPECT_EQ(calls.size(), 1u);
+}
+
+TEST_F(WebLoginTest, MessageWithoutBothKeysAsTextsIsWrittenOutAndIgnored) {
+  ShowHost();
+  auto screen = PresentLogin();
+  const json bodies[] = {
+      {{"device_key", "dk"}},
+      {{"login_key", "lk"}},
+      {{"device_key", "dk"}, {"login_key", 42}},
+      {{"device_key", 42}, {"login_key", "lk"}},
+      {{"device_key", nullptr}, {"login_key", "lk"}},
+      {{"device_key", "dk"}, {"login_key", nullptr}},
+      {{"device_key", json::array({"dk"})}, {"login_key", "lk"}},
+      {{"device_key", "dk"}, {"login_key", {{"value", "lk"}}}},
+      {{"device_key", true}, {"login_key", "lk"}},
+      {{"Device_Key", "dk"}, {"LOGIN_KEY", "lk"}},
+      json::object(),
+      nullptr,
+      "device_key=dk&login_key=lk",
+      json::array({"dk", "lk"}),
+      json::array({{{"device_key", "dk"}, {"login_key", "lk"}}}),
+      42,
+      -1.5,
+      false,
+  };
+  for (const auto& body : bodies) {
+    log.clear();
+    ASSERT_TRUE(screen->webview->postMessageFromPage("obHandler", body)) << body.dump();
+    Settle();
+    EXPECT_EQ(host->presentedViewController(), screen) << "still open after " << body.dump();
+    EXPECT_FALSE(screen->isBeingDismissed()) << body.dump();
+    EXPECT_TRUE(calls.empty()) << body.dump();
+    EXPECT_EQ(CredentialLines(), std::vector<std::string>{body.dump()}) << "written out: " << body.dump();
+  }
+
+  // Still listening: the page can try again.
+  screen->webview->postMessageFromPage("obHandler", {{"device_key", "dk"}, {"login_key", "lk"}});
+  Settle();
+  ASSERT_EQ(calls.size(), 1u);
+  EXPECT_EQ(calls[0].deviceKey, "dk");
+}
+
+// Nesting deep enough to overflow the stack of a recursive JSON writer, built
+// and handed on by moves only (a copy would recurse too).
+json DeepBody() {
+  json deep = {{"bottom", true}};
+  for (int i = 0; i < 300000; ++i) deep = i % 2 ? json::array({std::move(deep)}) : json{{"k", std::move(deep)}};
+  return deep;
+}
+
+TEST_F(WebLoginTest, HostileBodiesAreWrittenOutWithoutHarm) {
+  ShowHost();
+  auto screen = PresentLogin();
+
+  const std::string notUtf8 = "\xff\xfe not UTF-8 \xc3";
+  std::vector<json> bodies;
+  bodies.emplace_back(notUtf8);
+  bodies.push_back({{"device_key", "\xc3\x28"}, {"junk", "\xed\xa0\x80"}});
+  bodies.emplace_back(std::string(4 * 1024 * 1024, 'k'));
+  bodies.push_back({{"device_key", std::string(1024 * 1024, 'd')}});
+  bodies.push_back(DeepBody());
+  json deepKey = {{"login_key", "lk"}};
+  deepKey["device_key"] = DeepBody();
+  bodies.push_back(std::move(deepKey));
+
+  for (auto& body : bodies) {
+    log.clear();
+    screen->webview->postMessageFromPage("obHandler", std::move(body));
+    Settle();
+    EXPECT_EQ(host->presentedViewController(), screen);
+    const auto lines = CredentialLines();
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_EQ(lines[0].find('\n'), std::string::npos) << "one line, whatever the body";
+  }
+  EXPECT_TRUE(calls.empty());
+
+  log.clear();
+  screen->webview->postMessageFromPage("obHandler", notUtf8);
+  Settle();
+  EXPECT_NE(CredentialLines().at(0).find("\xef\xbf\xbd"), std::string::npos)
+      << "bytes that are not UTF-8 are written as replacement characters";
+}
+
+TEST_F(WebLoginTest, BodyIsWrittenAsTheCompactJsonItWas) {
+  ShowHost();
+  auto screen = PresentLogin();
+  const char* texts[] = {
+      R"({"a":[1,2.5,{"b":null,"c":[]}],"d":{},"e":"tab\tquote\"","f":true})",
+      R"([[],[[]],{"x":[{"y":{"z":-3}}]}])",
+      R"("just text")",
+      "null",
+  };
+  for (const char* text : texts) {
+    log.clear();
+    screen->webview->postMessageFromPage("obHandler", json::parse(text));
+    Settle();
+    EXPECT_EQ(CredentialLines(), std::vector<std::string>{json::parse(text).dump()}) << text;
+  }
+}
+
+TEST_F(WebLoginTest, ValidMessageClosesTheScreenEvenWithoutACallback) {
+  ShowHost();
+  auto screen = PresentLogin(12, 345, /*withCallback=*/false);
+  screen->webview->postMessageFromPage("obHandler", {{"device_key", "dk"}, {"login_key", "lk"}});
+  Settle();
+  EXPECT_EQ(host->presentedViewController(), nullptr);
+  EXPECT_TRUE(calls.empty());
+}
+
+TEST_F(WebLoginTest, PageThatPostsTwiceIsHeardOnce) {
+  ShowHost();
+  auto screen = PresentLogin();
+  screen->webview->postMessageFromPage("obHandler", {{"device_key", "dk-1"}, {"login_key", "lk-1"}});
+  screen->webview->postMessageFromPage("obHandler", {{"device_key", "dk-2"}, {"login_key", "lk-2"}});
+  Settle();
+  ASSERT_EQ(calls.size(), 1u);
+  EXPECT_EQ(calls[0].deviceKey, "dk-1");
+  EXPECT_EQ(calls[0].loginKey, "lk-1");
+}
+
+TEST_F(WebLoginTest, DoneClosesTheScreenAndNeverCallsBack) {
+  ShowHost();
+  auto screen = PresentLogin();
+  auto done = DoneButton(*screen);
+  ASSERT_NE(done, nullptr);
+  EXPECT_EQ(done->currentTitle(), "Done");
+  // The page answers just as the reader gives up: the reader's choice stands.
+  screen->webview->postMessageFromPage("obHandler", {{"device_key", "dk"}, {"login_key", "lk"}});
+  ASSERT_TRUE(done->tap());
+  Settle();
+
+  EXPECT_EQ(host->presentedViewController(), nullptr);
+  EXPECT_EQ(screen->view()->window(), nullptr);
+  EXPECT_FALSE(screen->webview->postMessageFromPage("obHandler", {{"device_key", "dk"}, {"login_key", "lk"}}))
+      << "a dismissed screen no longer listens";
+  MainLoop::main().advance(10s);
+  EXPECT_TRUE(calls.empty());
+}
+
+TEST_F(WebLoginTest, DismissedScreenIsReleasedOnceItsPresenterLetsGo) {
+  const struct {
+    const char* how;
+    std::function<void(WebLoginVC&)> close;
+  } ways[] = {
+      {"valid message",
+       [](WebLoginVC& s) { s.webview->postMessageFromPage("obHandler", {{"device_key", "d"}, {"login_key", "l"}}); }},
+      {"Done", [](WebLoginVC& s) { DoneButton(s)->tap(); }},
+      {"presenter dismisses", [this](WebLoginVC&) { host->dismiss(/*animated=*/false); }},
+  };
+  ShowHost();
+  for (const auto& way : ways) {
+    auto screen = PresentLogin();
+    std::weak_ptr<WebLoginVC> watch = screen;
+    auto contentController = screen->webview->configuration().userContentController;
+    ASSERT_NE(contentController->handler("obHandler"), nullptr);
+
+    way.close(*screen);
+    Settle();
+    ASSERT_EQ(host->presentedViewController(), nullptr) << way.how;
+    EXPECT_EQ(contentController->handler("obHandler"), nullptr) << way.how;
+    screen.reset();
+    EXPECT_TRUE(watch.expired()) << "leaked after " << way.how;
+  }
+}
+
+}  // namespace
+}  // namespace obolo
