@@ -1,4 +1,5 @@
 #include "platform/clock.h"
+#include "platform/no_destructor.h"
 
 #include <mutex>
 
@@ -11,13 +12,13 @@ class SystemClock final : public Clock {
 };
 
 std::mutex& ClockMutex() {
-  static std::mutex mutex;
-  return mutex;
+  static NoDestructor<std::mutex> mutex;
+  return *mutex;
 }
 
 std::shared_ptr<Clock>& Installed() {
-  static std::shared_ptr<Clock> clock;
-  return clock;
+  static NoDestructor<std::shared_ptr<Clock>> clock;
+  return *clock;
 }
 
 }  // namespace

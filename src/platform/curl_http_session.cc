@@ -2,6 +2,7 @@
 
 #include <curl/curl.h>
 
+#include <cstdlib>
 #include <deque>
 #include <mutex>
 #include <string>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "platform/environment.h"
+#include "platform/no_destructor.h"
 
 namespace obolo {
 namespace {
@@ -16,13 +18,29 @@ namespace {
 thread_local bool on_session_thread = false;
 
 const std::string& TrustedCaFile() {
-  static const std::string file = EnvironmentOverride("OBOLO_CA_FILE", "");
-  return file;
+  static const NoDestructor<std::string> file(EnvironmentOverride("OBOLO_CA_FILE", ""));
+  return *file;
+}
+
+// Sessions whose threads are running, so the process can stop them when it
+// exits: the shared session is never destroyed, and its thread must not be
+// using the TLS library while exit tears that library down.
+struct LiveSessions {
+  std::mutex mutex;
+  std::vector<CurlHttpSession*> sessions;
+};
+
+LiveSessions& Live() {
+  static NoDestructor<LiveSessions> live;
+  return *live;
 }
 
 void GlobalInitOnce() {
   static const bool initialised = [] {
     curl_global_init(CURL_GLOBAL_DEFAULT);
+    // Registered after libcurl's own set-up, which registers the TLS library's
+    // clean-up at exit, so this runs before that clean-up.
+    std::atexit(&CurlHttpSession::StopAllAtExit);
     return true;
   }();
   (void)initialised;
@@ -179,19 +197,35 @@ CurlHttpSession::CurlHttpSession() {
   GlobalInitOnce();
   core_ = std::make_shared<Core>();
   thread_ = std::thread(&CurlHttpSession::Run, core_);
+  std::lock_guard<std::mutex> lock(Live().mutex);
+  Live().sessions.push_back(this);
 }
 
 CurlHttpSession::~CurlHttpSession() {
+  {
+    std::lock_guard<std::mutex> lock(Live().mutex);
+    std::erase(Live().sessions, this);
+  }
+  Stop();
+}
+
+void CurlHttpSession::Stop() {
   {
     std::lock_guard<std::mutex> lock(core_->mutex);
     core_->stopping = true;
   }
   curl_multi_wakeup(core_->multi);
+  if (!thread_.joinable()) return;  // stopped already, at exit
   if (thread_.get_id() == std::this_thread::get_id()) {
     thread_.detach();  // released inside a completion handler; the thread ends by itself
   } else {
     thread_.join();
   }
+}
+
+void CurlHttpSession::StopAllAtExit() {
+  std::lock_guard<std::mutex> lock(Live().mutex);
+  for (CurlHttpSession* session : Live().sessions) session->Stop();
 }
 
 void CurlHttpSession::dataTask(HttpRequest request, CompletionHandler handler) {

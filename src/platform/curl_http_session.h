@@ -35,11 +35,17 @@ class CurlHttpSession final : public HttpSession {
 
   void dataTask(HttpRequest request, CompletionHandler handler) override;
 
+  // Stops every session's thread; transfers still running are dropped without
+  // a call. Runs when the process exits, before the TLS library is cleaned up.
+  static void StopAllAtExit();
+
  private:
   struct Transfer;
   struct Core;
 
   static void Run(std::shared_ptr<Core> core);
+  // Ends the thread, waiting for it unless called from it. Idempotent.
+  void Stop();
 
   // Shared with the thread, so the thread can finish cleanly even when the
   // session is released from inside one of its own completion handlers.

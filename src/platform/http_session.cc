@@ -1,4 +1,5 @@
 #include "platform/http_session.h"
+#include "platform/no_destructor.h"
 
 #include <algorithm>
 #include <cctype>
@@ -17,13 +18,13 @@ bool SameFieldName(std::string_view a, std::string_view b) {
 }
 
 std::mutex& SharedMutex() {
-  static std::mutex mutex;
-  return mutex;
+  static NoDestructor<std::mutex> mutex;
+  return *mutex;
 }
 
 std::shared_ptr<HttpSession>& Installed() {
-  static std::shared_ptr<HttpSession> session;
-  return session;
+  static NoDestructor<std::shared_ptr<HttpSession>> session;
+  return *session;
 }
 
 }  // namespace

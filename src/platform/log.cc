@@ -1,4 +1,5 @@
 #include "platform/log.h"
+#include "platform/no_destructor.h"
 
 #include <cstdio>
 #include <memory>
@@ -9,15 +10,15 @@ namespace obolo {
 namespace {
 
 std::mutex& SinkMutex() {
-  static std::mutex mutex;
-  return mutex;
+  static NoDestructor<std::mutex> mutex;
+  return *mutex;
 }
 
 // Shared, so a line being written keeps its sink alive while another thread
 // replaces it.
 std::shared_ptr<const LogSink>& CurrentSink() {
-  static std::shared_ptr<const LogSink> sink;
-  return sink;
+  static NoDestructor<std::shared_ptr<const LogSink>> sink;
+  return *sink;
 }
 
 void WriteToStandardOutput(std::string_view line) {

@@ -1,4 +1,5 @@
 #include "platform/preference_store.h"
+#include "platform/no_destructor.h"
 
 #include <cctype>
 #include <cmath>
@@ -12,13 +13,13 @@ namespace obolo {
 namespace {
 
 std::mutex& StandardMutex() {
-  static std::mutex mutex;
-  return mutex;
+  static NoDestructor<std::mutex> mutex;
+  return *mutex;
 }
 
 std::shared_ptr<PreferenceStore>& Installed() {
-  static std::shared_ptr<PreferenceStore> store;
-  return store;
+  static NoDestructor<std::shared_ptr<PreferenceStore>> store;
+  return *store;
 }
 
 std::int64_t Saturate(double value) {
