@@ -130,9 +130,8 @@ struct CurlHttpSession::Transfer {
       // own, closed after the answer. On a kept-alive connection libcurl sends
       // the request again on a new connection when the old one closes without
       // an answer, though the service may already have acted on it (a payment,
-      // a one-time login key, a logout); and a connection the service closed
-      // while idle can swallow the request. Either way the reader would see a
-      // call go wrong that was never sent wrong.
+      // a one-time login key, a logout); and a kept-alive connection that the
+      // service closed while idle can swallow a request ("Broken pipe").
       curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
       curl_easy_setopt(easy, CURLOPT_FORBID_REUSE, 1L);
       curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request.body.data());
