@@ -144,6 +144,14 @@ struct CurlHttpSession::Transfer {
       curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
     } else {
       if (request.method != "POST") curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, request.method.c_str());
+      // A request with a body (every service call) goes on a connection of its
+      // own, closed after the answer. On a kept-alive connection libcurl sends
+      // the request again on a new connection when the old one closes without
+      // an answer, though the service may already have acted on it (a payment,
+      // a one-time login key, a logout); and a kept-alive connection that the
+      // service closed while idle can swallow a request ("Broken pipe").
+      curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
+      curl_easy_setopt(easy, CURLOPT_FORBID_REUSE, 1L);
       curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request.body.data());
       curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
     }
