@@ -1,9 +1,8 @@
 // The kit's one configuration and session record.
 //
 // Every Obolo construction writes its six texts here, so the most recent
-// configuration is in force for every paywall loaded after it. A paywall
-// already on screen keeps the article it started with for its own bids (it
-// takes a copy when its first call goes out). The reader's session (device key, tokens, e-mail, customer id) is not
+// configuration is in force for every paywall, including those already on
+// screen. The reader's session (device key, tokens, e-mail, customer id) is not
 // held in memory: each session operation reads or writes the preference store
 // at once, so a session survives restarts and a write is seen by the next read.
 //

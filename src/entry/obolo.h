@@ -7,8 +7,7 @@
 //   obolo.loadPaywall(articleScreen, articleContentView, obolo::Position::bottom);
 //
 // Construction copies the texts into the shared GlobalVariable, so the latest
-// construction configures every paywall loaded after it; a paywall keeps the
-// article it was loaded for. The object keeps nothing else and may
+// construction configures every paywall. The object keeps nothing else and may
 // be dropped once the paywall is loaded: the host's view hierarchy owns the
 // paywall from then on, and the paywall works by itself.
 //

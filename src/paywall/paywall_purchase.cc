@@ -18,16 +18,7 @@ void LogFailure(std::string message) { LogLine(message); }
 
 }  // namespace
 
-PaywallVC::ArticleConfiguration PaywallVC::article() const {
-  if (article_) return *article_;
-  return {global.accessKey(), global.category(), global.articleUrl(), global.publisherCustomerId(),
-          global.publisherDomain()};
-}
-
 void PaywallVC::configureView() {
-  // The paywall keeps the article it was loaded for: a later Obolo for another
-  // article must not turn this paywall's next bid into a bid for that one.
-  article_ = article();
   if (!global.isOBTokenExist()) {
     requestCreateLoggedOutBid();
   } else if (global.isOBTokenValid()) {
@@ -38,14 +29,13 @@ void PaywallVC::configureView() {
 }
 
 // May run on the HTTP session's thread, after a failed token refresh: it reads
-// only the paywall's article and hands the answer to the main loop.
+// only the shared configuration and hands the answer to the main loop.
 void PaywallVC::requestCreateLoggedOutBid() {
-  const ArticleConfiguration article = this->article();
   CreateLoggedBidParam param;
-  param.category = article.category;
-  param.articleUrl = article.articleUrl;
-  param.publisherCustomerId = article.publisherCustomerId;
-  param.publisherDomain = article.publisherDomain;
+  param.category = global.category();
+  param.articleUrl = global.articleUrl();
+  param.publisherCustomerId = global.publisherCustomerId();
+  param.publisherDomain = global.publisherDomain();
   param.ipAddress = std::string(IP_ADDRESS);
   param.userAgent = std::string(USER_AGENT);
   NetworkManager::shared().createLoggedOutBid(
@@ -60,14 +50,13 @@ void PaywallVC::requestCreateLoggedOutBid() {
 
 // May run on the HTTP session's thread, after a successful token refresh.
 void PaywallVC::requestCreateLoggedInBid() {
-  const ArticleConfiguration article = this->article();
   CreateLoggedBidParam param;
-  param.accessKey = article.accessKey;
-  param.category = article.category;
+  param.accessKey = global.accessKey();
+  param.category = global.category();
   param.customerId = global.getCustomerId();
-  param.articleUrl = article.articleUrl;
-  param.publisherCustomerId = article.publisherCustomerId;
-  param.publisherDomain = article.publisherDomain;
+  param.articleUrl = global.articleUrl();
+  param.publisherCustomerId = global.publisherCustomerId();
+  param.publisherDomain = global.publisherDomain();
   param.ipAddress = std::string(IP_ADDRESS);
   param.userAgent = std::string(USER_AGENT);
   NetworkManager::shared().createLoggedInBid(

@@ -39,7 +39,6 @@
 #include <any>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -155,21 +154,6 @@ class PaywallVC : public UIViewController {
   void openLoginScreen();
 
   std::shared_ptr<PaywallVC> self();
-
-  // The article this paywall sells, as the host configured the kit when the
-  // paywall started (configureView). Every bid of this paywall names it, also
-  // the bids that follow a token refresh or a logout after the host has
-  // configured the kit for another article meanwhile. Written once, on the
-  // main thread, before the first call goes out; only read afterwards.
-  struct ArticleConfiguration {
-    std::string accessKey;
-    std::string category;
-    std::string articleUrl;
-    std::string publisherCustomerId;
-    std::string publisherDomain;
-  };
-  ArticleConfiguration article() const;
-  std::optional<ArticleConfiguration> article_;
 
   bool isChecked_ = false;
   // The placeholder host until the host presentation hands over its own.
