@@ -28,45 +28,37 @@ void PaywallVC::configureView() {
   }
 }
 
-// May run on the HTTP session's thread, after a failed token refresh: it reads
-// only the shared configuration and hands the answer to the main loop.
-void PaywallVC::requestCreateLoggedOutBid() {
+// What both bids say about the article, from the configuration in force now.
+CreateLoggedBidParam PaywallVC::bidParam(bool loggedIn) const {
   CreateLoggedBidParam param;
+  if (loggedIn) param.accessKey = global.accessKey();
   param.category = global.category();
+  if (loggedIn) param.customerId = global.getCustomerId();
   param.articleUrl = global.articleUrl();
   param.publisherCustomerId = global.publisherCustomerId();
   param.publisherDomain = global.publisherDomain();
   param.ipAddress = std::string(IP_ADDRESS);
   param.userAgent = std::string(USER_AGENT);
-  NetworkManager::shared().createLoggedOutBid(
-      param,
-      [me = self()](OboloData envelope) {
-        MainLoop::main().post([me, envelope = std::move(envelope)] {
-          if (envelope.data) me->decidePaywall(*envelope.data);
-        });
-      },
-      LogFailure);
+  return param;
 }
 
-// May run on the HTTP session's thread, after a successful token refresh.
+// A bid's answer, on the session's thread: decided on the main loop.
+Completion<OboloData> PaywallVC::decideOnMainLoop() {
+  return [me = self()](OboloData envelope) {
+    MainLoop::main().post([me, envelope = std::move(envelope)] {
+      if (envelope.data) me->decidePaywall(*envelope.data);
+    });
+  };
+}
+
+// Both bids may be sent from the HTTP session's thread (after a token
+// refresh); they read only the shared configuration and the session store.
+void PaywallVC::requestCreateLoggedOutBid() {
+  NetworkManager::shared().createLoggedOutBid(bidParam(/*loggedIn=*/false), decideOnMainLoop(), LogFailure);
+}
+
 void PaywallVC::requestCreateLoggedInBid() {
-  CreateLoggedBidParam param;
-  param.accessKey = global.accessKey();
-  param.category = global.category();
-  param.customerId = global.getCustomerId();
-  param.articleUrl = global.articleUrl();
-  param.publisherCustomerId = global.publisherCustomerId();
-  param.publisherDomain = global.publisherDomain();
-  param.ipAddress = std::string(IP_ADDRESS);
-  param.userAgent = std::string(USER_AGENT);
-  NetworkManager::shared().createLoggedInBid(
-      param,
-      [me = self()](OboloData envelope) {
-        MainLoop::main().post([me, envelope = std::move(envelope)] {
-          if (envelope.data) me->decidePaywall(*envelope.data);
-        });
-      },
-      LogFailure);
+  NetworkManager::shared().createLoggedInBid(bidParam(/*loggedIn=*/true), decideOnMainLoop(), LogFailure);
 }
 
 // The refresh's answers stay on the HTTP session's thread: they only write the

@@ -44,6 +44,7 @@
 
 #include "entry/global_variable.h"
 #include "entry/position.h"
+#include "network/network_manager.h"
 #include "network/response_records.h"
 #include "platform/notification_center.h"
 #include "toolkit/layout_constraint.h"
@@ -154,6 +155,8 @@ class PaywallVC : public UIViewController {
   void openLoginScreen();
 
   std::shared_ptr<PaywallVC> self();
+  CreateLoggedBidParam bidParam(bool loggedIn) const;
+  Completion<OboloData> decideOnMainLoop();
 
   bool isChecked_ = false;
   // The placeholder host until the host presentation hands over its own.
