@@ -6,7 +6,6 @@
 #include <stdlib.h>
 
 #include <map>
-#include <regex>
 #include <string>
 #include <string_view>
 
@@ -26,17 +25,42 @@ void ClearOverrides() {
   }
 }
 
-// "https://host" or "https://host:port": an origin, no path, no trailing slash.
-bool IsHttpsOrigin(const std::string& text) {
-  static const std::regex origin(R"(https://[a-z0-9]([a-z0-9-]*[a-z0-9])?(\.[a-z0-9]([a-z0-9-]*[a-z0-9])?)+(:[0-9]+)?)");
-  return std::regex_match(text, origin);
+// One DNS label: letters, digits and inner hyphens.
+bool IsLabel(std::string_view label) {
+  if (label.empty() || label.front() == '-' || label.back() == '-') return false;
+  for (char c : label) {
+    if (!((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-')) return false;
+  }
+  return true;
+}
+
+// "https://host" or "https://host:port": an origin on a dotted host name, no
+// path, no trailing slash.
+bool IsHttpsOrigin(std::string_view text) {
+  constexpr std::string_view kScheme = "https://";
+  if (!text.starts_with(kScheme)) return false;
+  text.remove_prefix(kScheme.size());
+  if (const auto colon = text.find(':'); colon != std::string_view::npos) {
+    const std::string_view port = text.substr(colon + 1);
+    if (port.empty() || port.find_first_not_of("0123456789") != std::string_view::npos) return false;
+    text = text.substr(0, colon);
+  }
+  int dots = 0;
+  for (std::string_view rest = text;; ++dots) {
+    const auto dot = rest.find('.');
+    if (!IsLabel(rest.substr(0, dot))) return false;
+    if (dot == std::string_view::npos) break;
+    rest.remove_prefix(dot + 1);
+  }
+  return dots >= 1;
 }
 
 // An HTTPS address with a path, on a named host (not a loopback address).
-bool IsHttpsAddress(const std::string& text) {
-  static const std::regex address(R"((https://[^/?#]+)/[^\s]*)");
-  std::smatch match;
-  return std::regex_match(text, match, address) && IsHttpsOrigin(match[1].str());
+bool IsHttpsAddress(std::string_view text) {
+  const auto path = text.find('/', std::string_view("https://").size());
+  if (path == std::string_view::npos) return false;
+  if (text.find_first_of(" \t\r\n", path) != std::string_view::npos) return false;
+  return IsHttpsOrigin(text.substr(0, path));
 }
 
 bool IsLoopback(const std::string& text) {
