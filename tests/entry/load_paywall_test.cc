@@ -1,8 +1,7 @@
-// Placing the paywall into the host's screen.
+// Placing the paywall into the host's screen, in both forms.
 
 #include <gtest/gtest.h>
 
-#include "entry/obolo.h"
 #include "sandbox/default_world.h"
 #include "support/log_capture.h"
 #include "support/paywall_host.h"
@@ -15,47 +14,37 @@ OBOLO_USE_SANDBOX_ENVIRONMENT();
 namespace obolo {
 namespace {
 
-using testing::PaywallHost;
-
 class LoadPaywallTest : public ::testing::Test {
  protected:
   testing::TemporaryStore store_;
-  PaywallHost host_{sandbox::seed::kNormalArticleUrl};
+  testing::PaywallHost host_{sandbox::seed::kNormalArticleUrl};
 };
 
-TEST_F(LoadPaywallTest, OverTheWholeScreen) {
+TEST_F(LoadPaywallTest, OverTheWholeScreenWithoutANavigationBar) {
   testing::LogCapture log;
   auto paywall = host_.loadFullScreen();
   ASSERT_NE(paywall, nullptr);
-  EXPECT_EQ(log.lines().at(0), "0");  // no navigation bar
+  EXPECT_EQ(log.lines().at(0), "0");
   EXPECT_EQ(paywall->view()->frame(), (CGRect{{0, 0}, host_.host->view()->bounds().size}));
   EXPECT_EQ(paywall->view()->superview(), host_.host->view());
   EXPECT_EQ(paywall->parent(), host_.host);
   EXPECT_EQ(paywall->viewController.lock(), host_.host);
-  EXPECT_EQ(paywall->position, Position::center);
   EXPECT_FALSE(paywall->isCustom);
-  EXPECT_NE(paywall->contentView, host_.content);
-  EXPECT_EQ(paywall->view()->layer().cornerRadius(), 40);
 }
 
 TEST_F(LoadPaywallTest, OverAContentViewWithItsPlacement) {
-  host_.content->setBackgroundColor(UIColor::white());
   auto paywall = host_.load(Position::bottom);
   ASSERT_NE(paywall, nullptr);
   EXPECT_EQ(paywall->view()->frame(), host_.content->bounds());
   EXPECT_EQ(paywall->view()->superview(), host_.content);
-  EXPECT_EQ(host_.content->backgroundColor(), UIColor::clear());
   EXPECT_EQ(paywall->parent(), host_.host);
   EXPECT_TRUE(paywall->isCustom);
   EXPECT_EQ(paywall->position, Position::bottom);
   EXPECT_EQ(paywall->contentView, host_.content);
-  // Set before the view loaded: the storyboard blur was hidden at load, and the
-  // content's own blur follows the content.
+  // Handed over before the view loaded: the view's load hid the paywall's own
+  // blur, and the content's blur lies over the content.
   EXPECT_TRUE(paywall->effectView->isHidden());
   EXPECT_EQ(paywall->visualEffectView->superview(), host_.content);
-  EXPECT_EQ(paywall->visualEffectView->frame(), host_.content->bounds());
-  host_.content->setFrame({{0, 0}, {300, 500}});
-  EXPECT_EQ(paywall->visualEffectView->frame().size, (CGSize{300, 500}));
 }
 
 TEST_F(LoadPaywallTest, InsideANavigationControllerWritesTheBarHeight) {
@@ -70,7 +59,6 @@ TEST_F(LoadPaywallTest, EveryCallAddsAnotherPaywall) {
   auto second = host_.load();
   EXPECT_NE(first, second);
   EXPECT_EQ(host_.host->children().size(), 2u);
-  EXPECT_EQ(first->view()->superview(), host_.content);
   EXPECT_EQ(second->view()->superview(), host_.content);
 }
 

@@ -5,8 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "support/log_capture.h"
-
 namespace obolo {
 namespace {
 
@@ -24,14 +22,6 @@ TEST(LogTest, DefaultSinkWritesTheExactLineToStandardOutput) {
   LogLine("tapped");
   LogLine("");
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "tapped\n\n");
-}
-
-TEST(LogTest, NullSinkSilencesEverything) {
-  ::testing::internal::CaptureStdout();
-  SetLogSink(NullLogSink());
-  LogLine("Not valid");
-  SetLogSink(nullptr);
-  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
 }
 
 }  // namespace

@@ -19,12 +19,12 @@ namespace obolo::sandbox::testing {
 
 struct WireRequest {
   std::string method = "POST";
-  std::string url;
+  std::string url{};
   // Header lines exactly as they go on the wire, e.g. "Content-Type: application/json".
-  std::vector<std::string> headers;
-  std::string body;
+  std::vector<std::string> headers{};
+  std::string body{};
   // The PEM file to trust; empty trusts the system's store only.
-  std::string caFile;
+  std::string caFile{};
   std::chrono::milliseconds timeout{20'000};
 };
 
@@ -33,7 +33,7 @@ struct WireResponse {
   // 0 when no status line arrived.
   long status = 0;
   std::string contentType;
-  std::string body;
+  std::string body{};
   std::string error;
   std::chrono::milliseconds elapsed{0};
 

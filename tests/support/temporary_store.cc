@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "entry/global_variable.h"
+
 namespace obolo::testing {
 
 std::string MakeTemporaryDirectory() {
@@ -14,8 +16,7 @@ std::string MakeTemporaryDirectory() {
 
 TemporaryStore::TemporaryStore()
     : directory_(MakeTemporaryDirectory()),
-      path_(directory_ + "/preferences.sqlite3"),
-      store_(std::make_shared<SqlitePreferenceStore>(path_)) {
+      store_(std::make_shared<SqlitePreferenceStore>(directory_ + "/preferences.sqlite3")) {
   PreferenceStore::setStandard(store_);
 }
 
@@ -24,6 +25,26 @@ TemporaryStore::~TemporaryStore() {
   store_.reset();
   std::error_code ignored;
   std::filesystem::remove_all(directory_, ignored);
+}
+
+StoredSession StoredSession::Read() {
+  const GlobalVariable& global = GlobalVariable::shared();
+  return {global.getDeviceKey(), global.getAccessToken(), global.getRefreshToken(), global.getEmail(),
+          global.getCustomerId()};
+}
+
+void PrintTo(const StoredSession& s, std::ostream* out) {
+  *out << "{" << s.deviceKey << ", " << s.accessToken << ", " << s.refreshToken << ", " << s.email << ", "
+       << s.customerId << "}";
+}
+
+void StoreSession(const sandbox::SessionKeys& keys) {
+  GlobalVariable& global = GlobalVariable::shared();
+  global.setDeviceKey(keys.deviceKey);
+  global.setAccessToken(keys.accessToken);
+  global.setRefreshToken(keys.refreshToken);
+  global.setEmail(keys.email);
+  global.setCustomerId(keys.customerId);
 }
 
 }  // namespace obolo::testing

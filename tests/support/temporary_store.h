@@ -1,13 +1,16 @@
 // A preference store of the test's own, so tests never touch each other's data
-// or the developer's real session.
+// or the developer's real session, and the session in it as one value.
 
 #ifndef OBOLO_TESTS_SUPPORT_TEMPORARY_STORE_H_
 #define OBOLO_TESTS_SUPPORT_TEMPORARY_STORE_H_
 
+#include <cstdint>
 #include <memory>
+#include <ostream>
 #include <string>
 
 #include "platform/sqlite_preference_store.h"
+#include "sandbox/world_types.h"
 
 namespace obolo::testing {
 
@@ -20,17 +23,32 @@ class TemporaryStore {
   TemporaryStore(const TemporaryStore&) = delete;
   TemporaryStore& operator=(const TemporaryStore&) = delete;
 
-  const std::string& path() const { return path_; }
   PreferenceStore& store() const { return *store_; }
 
  private:
   std::string directory_;
-  std::string path_;
   std::shared_ptr<SqlitePreferenceStore> store_;
 };
 
 // A fresh temporary directory (removed by the caller).
 std::string MakeTemporaryDirectory();
+
+// The five stored values of the reader's session.
+struct StoredSession {
+  std::string deviceKey, accessToken, refreshToken, email;
+  std::int64_t customerId = 0;
+
+  static StoredSession Read();
+  static StoredSession Of(const sandbox::SessionKeys& keys) {
+    return {keys.deviceKey, keys.accessToken, keys.refreshToken, keys.email, keys.customerId};
+  }
+  bool empty() const { return *this == StoredSession{}; }
+  bool operator==(const StoredSession&) const = default;
+};
+void PrintTo(const StoredSession& session, std::ostream* out);
+
+// Stores a session as a login leaves it.
+void StoreSession(const sandbox::SessionKeys& keys);
 
 }  // namespace obolo::testing
 

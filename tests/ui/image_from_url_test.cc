@@ -25,20 +25,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
-std::string KitImageBytes(const std::string& name) {
-  auto kit = Bundle::withIdentifier(Bundle::kKitIdentifier);
-  std::ifstream file(*kit->pathForResource(name, "png"), std::ios::binary);
-  return std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-}
-
 // A loopback port nothing listens on: bound, then released.
 int ClosedPort() {
   const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
+  sockaddr_in address{.sin_family = AF_INET, .sin_port = 0, .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
   socklen_t length = sizeof address;
+  ::bind(fd, reinterpret_cast<sockaddr*>(&address), length);
   ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
   ::close(fd);
   return ntohs(address.sin_port);
@@ -51,11 +43,13 @@ std::shared_ptr<UIActivityIndicatorView> IndicatorIn(const UIView& view) {
   return nullptr;
 }
 
-// Captures log lines and wakes the main loop for each, so a test can wait on
-// the loop for a line written on the HTTP session's thread.
-class WakingLogCapture {
- public:
-  WakingLogCapture() {
+// Serves a logo (also under an error status) and an error page on a free
+// loopback port, and captures log lines, waking the main loop for each so a
+// test can wait for a line written on the HTTP session's thread.
+class ImageFromUrlTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    MainLoop::main().useVirtualTime();
     SetLogSink([this](std::string_view line, LogContent) {
       {
         std::lock_guard<std::mutex> lock(mutex_);
@@ -63,62 +57,41 @@ class WakingLogCapture {
       }
       MainLoop::main().post([] {});
     });
-  }
-  ~WakingLogCapture() { SetLogSink(nullptr); }
-  std::vector<std::string> lines() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return lines_;
-  }
-
- private:
-  mutable std::mutex mutex_;
-  std::vector<std::string> lines_;
-};
-
-// Serves the kit's images and a page that is no image, on a free loopback port.
-class ImageFromUrlTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    MainLoop::main().useVirtualTime();
-    logo_ = KitImageBytes("checkbox");
-    server_.Get("/logo.png", [this](const httplib::Request&, httplib::Response& response) {
-      ++hits_;
-      response.set_content(logo_, "image/png");
-    });
-    server_.Get("/missing.png", [this](const httplib::Request&, httplib::Response& response) {
-      ++hits_;
-      response.status = 404;
-      response.set_content("<html>Not Found</html>", "text/html");
-    });
-    server_.Get("/gone.png", [this](const httplib::Request&, httplib::Response& response) {
-      ++hits_;
-      response.status = 410;  // the status plays no part: an image is an image
-      response.set_content(logo_, "image/png");
-    });
-    // One request per connection, so stopping the server never waits for an
-    // idle kept-alive connection to time out.
-    server_.set_keep_alive_max_count(1);
+    std::ifstream file(*Bundle::withIdentifier(Bundle::kKitIdentifier)->pathForResource("checkbox", "png"));
+    logo_.assign(std::istreambuf_iterator<char>(file), {});
+    auto serve = [this](int status, const std::string& body, const char* type) {
+      return [=, this](const httplib::Request&, httplib::Response& response) {
+        ++hits_;
+        response.status = status;
+        response.set_content(body, type);
+      };
+    };
+    server_.Get("/logo.png", serve(200, logo_, "image/png"));
+    server_.Get("/gone.png", serve(410, logo_, "image/png"));
+    server_.Get("/missing.png", serve(404, "<html>Not Found</html>", "text/html"));
+    server_.set_keep_alive_max_count(1);  // so stopping never waits on an idle connection
     port_ = server_.bind_to_any_port("127.0.0.1");
     ASSERT_GT(port_, 0);
     thread_ = std::thread([this] { server_.listen_after_bind(); });
-    // Returns once the server answers, so it is running before any test ends.
-    httplib::Client client("127.0.0.1", port_);
-    ASSERT_TRUE(client.Get("/missing.png"));
+    ASSERT_TRUE(httplib::Client("127.0.0.1", port_).Get("/missing.png"));  // it answers before any test ends
     hits_ = 0;
   }
 
   void TearDown() override {
     server_.stop();
-    thread_.join();
+    if (thread_.joinable()) thread_.join();
+    SetLogSink(nullptr);
   }
 
-  std::string url(const std::string& path) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + path;
+  std::string url(const std::string& path) const { return "http://127.0.0.1:" + std::to_string(port_) + path; }
+  std::vector<std::string> lines() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return lines_;
   }
-
   std::shared_ptr<UIImageView> imageView() { return std::make_shared<UIImageView>(CGRect(20, 30, 120, 60)); }
 
-  WakingLogCapture log;
+  mutable std::mutex mutex_;
+  std::vector<std::string> lines_;
   std::string logo_;
   httplib::Server server_;
   int port_ = 0;
@@ -128,15 +101,13 @@ class ImageFromUrlTest : public ::testing::Test {
 
 TEST_F(ImageFromUrlTest, ShowsALargeIndicatorUntilTheImageArrivesOnTheMainLoop) {
   auto view = imageView();
-  const std::string address = url("/logo.png");
-  imageFromURL(view, address);
-
+  imageFromURL(view, url("/logo.png"));
   auto indicator = IndicatorIn(*view);
   ASSERT_NE(indicator, nullptr);
   EXPECT_EQ(indicator->style(), UIActivityIndicatorView::Style::large);
   EXPECT_TRUE(indicator->isAnimating());
   EXPECT_EQ(indicator->frame(), CGRect(0, 0, 120, 60));
-  EXPECT_EQ(log.lines(), std::vector<std::string>{address});
+  EXPECT_EQ(lines(), std::vector<std::string>{url("/logo.png")});
 
   ASSERT_TRUE(MainLoop::main().runUntil([&] { return view->image() != nullptr; }, 10s));
   EXPECT_EQ(view->image()->data(), logo_);
@@ -148,52 +119,41 @@ TEST_F(ImageFromUrlTest, AViewThatShowsAnImageGetsNoIndicatorAndKeepsItsImageUnt
   auto view = imageView();
   auto old_image = UIImage::named("blankbox", Bundle::withIdentifier(Bundle::kKitIdentifier));
   view->setImage(old_image);
-  imageFromURL(view, url("/logo.png"));
+  imageFromURL(view, url("/gone.png"));  // the status plays no part: an image is an image
   EXPECT_EQ(IndicatorIn(*view), nullptr);
   EXPECT_EQ(view->image(), old_image);
-
   ASSERT_TRUE(MainLoop::main().runUntil([&] { return view->image() != old_image; }, 10s));
   EXPECT_EQ(view->image()->data(), logo_);
-}
 
-TEST_F(ImageFromUrlTest, TheStatusIsNotExaminedButABodyThatIsNoImageLeavesNoImage) {
-  auto shown = imageView();
-  imageFromURL(shown, url("/gone.png"));
-  ASSERT_TRUE(MainLoop::main().runUntil([&] { return shown->image() != nullptr; }, 10s));
-
-  auto view = imageView();
-  view->setImage(UIImage::named("blankbox", Bundle::withIdentifier(Bundle::kKitIdentifier)));
   imageFromURL(view, url("/missing.png"));
-  ASSERT_TRUE(MainLoop::main().runUntil([&] { return view->image() == nullptr; }, 10s));
+  ASSERT_TRUE(MainLoop::main().runUntil([&] { return view->image() == nullptr; }, 10s))
+      << "a body that is no image leaves no image";
 }
 
-TEST_F(ImageFromUrlTest, TextThatIsNoURLOnlyLogsAndSpins) {
-  auto view = imageView();
-  imageFromURL(view, "not a url");
-  EXPECT_EQ(log.lines(), std::vector<std::string>{"not a url"});
-  ASSERT_NE(IndicatorIn(*view), nullptr);
-  EXPECT_TRUE(IndicatorIn(*view)->isAnimating());
-  EXPECT_FALSE(MainLoop::main().runUntil([&] { return hits_ > 0 || view->image() != nullptr; }, 50ms));
-}
-
-TEST_F(ImageFromUrlTest, ATransportFailureIsLoggedAndLeavesTheViewAsItWas) {
-  auto view = imageView();
-  const std::string address = "http://127.0.0.1:" + std::to_string(ClosedPort()) + "/logo.png";
-  imageFromURL(view, address);
-  ASSERT_TRUE(MainLoop::main().runUntil([&] { return log.lines().size() == 2; }, 10s));
-  EXPECT_EQ(log.lines()[0], address);
-  EXPECT_FALSE(log.lines()[1].empty()) << "the failure's description";
-  MainLoop::main().runFor(0s);
-  auto indicator = IndicatorIn(*view);
-  ASSERT_NE(indicator, nullptr) << "the indicator stays";
-  EXPECT_TRUE(indicator->isAnimating());
-  EXPECT_EQ(view->image(), nullptr);
-}
-
-TEST_F(ImageFromUrlTest, AnAddressOutsideHttpFailsAsUnsupported) {
-  auto view = imageView();
-  imageFromURL(view, "ftp://127.0.0.1/logo.png");
-  EXPECT_EQ(log.lines(), (std::vector<std::string>{"ftp://127.0.0.1/logo.png", "unsupported URL"}));
+TEST_F(ImageFromUrlTest, WhatCannotBeFetchedIsLoggedAndLeavesTheIndicatorSpinning) {
+  struct Case {
+    std::string address;
+    std::size_t lines;  // the address, then the failure's description
+  } cases[] = {
+      {"not a url", 1},
+      {"http://127.0.0.1:" + std::to_string(ClosedPort()) + "/logo.png", 2},
+      {"ftp://127.0.0.1/logo.png", 2},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.address);
+    const std::size_t before = lines().size();
+    auto view = imageView();
+    imageFromURL(view, c.address);
+    ASSERT_TRUE(MainLoop::main().runUntil([&] { return lines().size() == before + c.lines; }, 10s));
+    MainLoop::main().runFor(50ms);
+    EXPECT_EQ(lines()[before], c.address);
+    EXPECT_FALSE(lines().back().empty());
+    ASSERT_NE(IndicatorIn(*view), nullptr);
+    EXPECT_TRUE(IndicatorIn(*view)->isAnimating());
+    EXPECT_EQ(view->image(), nullptr);
+  }
+  EXPECT_EQ(lines().back(), "unsupported URL");
+  EXPECT_EQ(hits_, 0);
 }
 
 }  // namespace
