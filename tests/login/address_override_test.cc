@@ -1,6 +1,6 @@
 // The login page's origins come from the environment when set, read once at
-// first use. Each case runs in a process of its own and sets the variables
-// before anything reads them.
+// first use (the sandbox login test points them at the sandbox). This case
+// runs in a process of its own and sets the variable before anything reads it.
 
 #include <gtest/gtest.h>
 
@@ -18,26 +18,6 @@ namespace obolo {
 namespace {
 
 using namespace std::chrono_literals;
-
-TEST(LoginAddressOverrideTest, EnvironmentPointsThePageElsewhereAndIsReadOnce) {
-  setenv("OBOLO_WALLET_ORIGIN", "https://127.0.0.1:8443", 1);
-  setenv("OBOLO_REDIRECT_ORIGIN", "https://localhost:9443", 1);
-  setenv("OBOLO_LOGIN_LOGO_URL", "https://127.0.0.1:8443/assets/publisher-logo.png", 1);
-
-  WebLoginVC screen;
-  screen.publisherId = 7;
-  screen.obBidId = -8;
-  const std::string expected =
-      "https://127.0.0.1:8443/?login_source=ios_paywall&login_publisher_id=7"
-      "&login_publisher_logo_url=https://127.0.0.1:8443/assets/publisher-logo.png"
-      "&login_publisher_bid_id=-8&login_redirect_url=https://localhost:9443/window-mode/index.html";
-  EXPECT_EQ(screen.loginAddress(), expected);
-
-  setenv("OBOLO_WALLET_ORIGIN", "https://elsewhere.example", 1);
-  unsetenv("OBOLO_REDIRECT_ORIGIN");
-  setenv("OBOLO_LOGIN_LOGO_URL", "", 1);
-  EXPECT_EQ(screen.loginAddress(), expected) << "the first reading stays for the process";
-}
 
 TEST(LoginAddressOverrideTest, MalformedOverrideLeavesThePageUnloadedAndTheScreenUsable) {
   setenv("OBOLO_WALLET_ORIGIN", "https://wallet obolo", 1);

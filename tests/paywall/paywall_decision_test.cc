@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "paywall/card_content.h"
+
 namespace obolo {
 namespace {
 
@@ -42,45 +44,54 @@ TEST(PaywallDecisionTest, OutcomeOverEveryFlagCombination) {
   }
 }
 
+// Without credit the unlock button hides when the balance is below the price;
+// the rule keeps the bid's mode ("" when it has none). With credit allowed or
+// not said the rule does not run: button and mode are left as they are.
 TEST(PaywallDecisionTest, CreditRuleComparesBalanceWithPriceStrictly) {
   struct Case {
     std::optional<bool> creditAllowed;
     std::optional<double> balance;
     std::optional<double> price;
-    std::optional<bool> hidden;  // none: the button is left as it is
+    std::optional<std::string> mode;
+    std::optional<bool> hidden;
+    std::optional<std::string> keptMode;
   } cases[] = {
-      {false, 4.99, 5.0, true},
-      {false, 5.0, 5.0, false},
-      {false, 5.01, 5.0, false},
-      {false, std::nullopt, 0.5, true},
-      {false, 3.0, std::nullopt, false},
-      {true, 0.0, 5.0, std::nullopt},
-      {std::nullopt, 0.0, 5.0, std::nullopt},
+      {false, 4.99, 5.0, "normal", true, "normal"},
+      {false, 5.0, 5.0, "normal", false, "normal"},
+      {false, 5.01, 5.0, std::nullopt, false, ""},
+      {false, std::nullopt, 0.5, "normal", true, "normal"},
+      {false, 3.0, std::nullopt, "normal", false, "normal"},
+      {true, 0.0, 5.0, "normal", std::nullopt, std::nullopt},
+      {std::nullopt, 0.0, 5.0, "normal", std::nullopt, std::nullopt},
   };
   for (const auto& c : cases) {
-    DataSet data = Bid(true, true, false, "normal");
+    DataSet data = Bid(true, true, false, c.mode);
     data.isCreditAllowed = c.creditAllowed;
     data.customerBalance = c.balance;
     data.articlePriceInLocalCurrency = c.price;
-    const PaywallDecision decision = DecidePaywall(data, false);
-    EXPECT_EQ(decision.outcome, Outcome::kShowCard);
-    EXPECT_EQ(decision.unlockButtonHidden, c.hidden)
+    EXPECT_EQ(DecidePaywall(data, false), (PaywallDecision{Outcome::kShowCard, c.hidden, c.keptMode}))
         << "credit " << c.creditAllowed.value_or(-1) << " balance " << c.balance.value_or(-1);
   }
-}
-
-TEST(PaywallDecisionTest, CreditRuleKeepsTheModeOnlyWhenItRuns) {
-  DataSet data = Bid(true, true, false, std::nullopt);
-  data.isCreditAllowed = false;
-  EXPECT_EQ(DecidePaywall(data, false).transactionMode, "");
-  data.oboloTransactionMode = "normal";
-  EXPECT_EQ(DecidePaywall(data, false).transactionMode, "normal");
-  data.isCreditAllowed = true;
-  EXPECT_EQ(DecidePaywall(data, false).transactionMode, std::nullopt);
-  // Revealed or hidden records never run the rule.
+  // Revealed records never run the rule.
   DataSet paid = Bid(true, true, true, "instant");
   paid.isCreditAllowed = false;
   EXPECT_EQ(DecidePaywall(paid, false), (PaywallDecision{Outcome::kReveal, std::nullopt, std::nullopt}));
+}
+
+// The screen tests show a filled card and an empty balance text; settings the
+// service leaves out leave the card empty and the banner as it is.
+TEST(CardContentTest, AbsentSettingsLeaveTheCardEmptyAndTheBannerAsItIs) {
+  PaywallSettingsSet settings;
+  settings.showDesktopImage = true;  // not the phone's banner
+  const CardContent content = CardContentFor(settings);
+  EXPECT_EQ(content.banner, std::nullopt);
+  EXPECT_EQ(content.title, std::nullopt);
+  EXPECT_EQ(content.prompt, "");
+  EXPECT_EQ(content.unlockButtonTitle, std::nullopt);
+  EXPECT_EQ(content.price, std::nullopt);
+  EXPECT_TRUE(content.agreementHidden);
+  EXPECT_EQ(content.agreementTitle, std::nullopt);
+  EXPECT_EQ(content.agreementBottom, 0);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
-// Whole purchases on a headless host screen against the sandbox: a reader who
-// logs in first, a reader who is logged in, and a logout elsewhere.
+// A reader's whole journey on a headless host, against the sandbox: logged out
+// at first, logs in through the login screen, pays, opens the wallet from the
+// floating button, logs out, and meets the card again. Faults at each call are
+// covered by the paywall fault matrix.
 
 #include <gtest/gtest.h>
 
@@ -7,15 +9,14 @@
 
 #include "login/web_login_vc.h"
 #include "platform/main_loop.h"
-#include "platform/notification_center.h"
 #include "sandbox/default_world.h"
 #include "sandbox/paths.h"
-#include "support/call_probe.h"
 #include "support/log_capture.h"
 #include "support/paywall_host.h"
 #include "support/sandbox_environment.h"
 #include "support/temporary_store.h"
 #include "wallet/floating_button.h"
+#include "wallet/logout_controller.h"
 
 OBOLO_USE_SANDBOX_ENVIRONMENT();
 
@@ -24,7 +25,6 @@ namespace {
 
 using nlohmann::json;
 using sandbox::Fault;
-using sandbox::FaultKind;
 using testing::PaywallHost;
 using testing::SandboxEnvironment;
 namespace seed = sandbox::seed;
@@ -37,14 +37,6 @@ class PaywallPurchaseFlowTest : public ::testing::Test {
     return paywall;
   }
 
-  void LogIn(const sandbox::SessionKeys& keys) {
-    global_.setDeviceKey(keys.deviceKey);
-    global_.setAccessToken(keys.accessToken);
-    global_.setRefreshToken(keys.refreshToken);
-    global_.setEmail(keys.email);
-    global_.setCustomerId(keys.customerId);
-  }
-
   // Taps unlock on a card without a session and returns the login screen it opens.
   std::shared_ptr<WebLoginVC> OpenLogin(PaywallVC& paywall) {
     paywall.btnUnlock->sendActions(UIControlEvent::touchUpInside);
@@ -53,56 +45,72 @@ class PaywallPurchaseFlowTest : public ::testing::Test {
     return login;
   }
 
-  // The page posts the keys the sandbox issued to the reader.
-  void PostLoginKeys(WebLoginVC& login, std::string_view email) {
-    const auto keys = sandbox_.issueLoginKeys(email).value();
-    ASSERT_TRUE(login.webview->postMessageFromPage("obHandler", {{"device_key", keys.deviceKey},
-                                                                 {"login_key", keys.loginKey}}));
-  }
-
-  // After the reveal's 5 seconds the article is readable and the wallet button waits on the host.
-  void ExpectRevealedAfterFiveSeconds(PaywallVC& paywall) {
-    EXPECT_TRUE(paywall.unlockView->isHidden());
-    EXPECT_FALSE(paywall.splashView->isHidden());
-    EXPECT_FALSE(host_.hasFloatingButtonOnScreen());
-    host_.advance(std::chrono::milliseconds(4900));
-    EXPECT_FALSE(paywall.splashView->isHidden());
-    host_.advance(std::chrono::milliseconds(200));
-    EXPECT_TRUE(PaywallHost::isHidden(paywall));
-    EXPECT_TRUE(paywall.splashView->isHidden());
-    EXPECT_TRUE(paywall.visualEffectView->isHidden());
-    EXPECT_TRUE(host_.hasFloatingButtonOnScreen());
-  }
-
   testing::TemporaryStore store_;
   PaywallHost host_{seed::kNormalArticleUrl};
   GlobalVariable& global_ = GlobalVariable::shared();
   sandbox::Sandbox& sandbox_ = SandboxEnvironment::sandbox();
 };
 
-TEST_F(PaywallPurchaseFlowTest, ALoggedOutReaderLogsInThenPays) {
+TEST_F(PaywallPurchaseFlowTest, LogInPayOpenTheWalletAndLogOut) {
   auto paywall = LoadWithCard();
+
+  // Unlock opens the login screen for this bid; the page's message closes it.
   auto login = OpenLogin(*paywall);
   ASSERT_NE(login, nullptr);
   EXPECT_EQ(login->obBidId, paywall->obBidId);
   EXPECT_EQ(login->publisherId, seed::kPublisherId);
-
-  PostLoginKeys(*login, seed::kReaderEmail);
-  ASSERT_TRUE(host_.waitFor([&] { return global_.isOBTokenExist() && paywall->presentedViewController() == nullptr; }));
+  const auto keys = sandbox_.issueLoginKeys(seed::kReaderEmail).value();
+  ASSERT_TRUE(login->webview->postMessageFromPage("obHandler", {{"device_key", keys.deviceKey},
+                                                                {"login_key", keys.loginKey}}));
+  ASSERT_TRUE(host_.waitFor([&] { return paywall->presentedViewController() == nullptr && global_.isOBTokenExist(); }));
   // The login is stored whole; the bid is offered to the known reader.
   EXPECT_TRUE(paywall->isRedirectToPaywall);
+  EXPECT_EQ(global_.getDeviceKey(), keys.deviceKey);
   EXPECT_EQ(global_.getEmail(), seed::kReaderEmail);
   EXPECT_EQ(global_.getCustomerId(), seed::kReaderId);
   EXPECT_FALSE(global_.getRefreshToken().empty());
-  EXPECT_FALSE(global_.getDeviceKey().empty());
   ASSERT_TRUE(host_.waitFor([&] { return PaywallHost::isCardShown(*paywall); }));
   EXPECT_FALSE(paywall->btnUnlock->isHidden());
 
+  // The reader pays.
   paywall->btnUnlock->sendActions(UIControlEvent::touchUpInside);
   ASSERT_TRUE(host_.waitFor([&] { return paywall->unlockView->isHidden(); }));
   EXPECT_DOUBLE_EQ(sandbox_.balance(seed::kReaderEmail).value(), seed::kReaderBalance - seed::kNormalArticlePrice);
   EXPECT_TRUE(sandbox_.ownsArticle(seed::kReaderEmail, seed::kNormalArticleUrl));
-  ExpectRevealedAfterFiveSeconds(*paywall);
+  EXPECT_EQ(json::parse(sandbox_.requestsTo(sandbox::kAcceptBidPath).at(0).body),
+            (json{{"oboloBidId", paywall->obBidId}, {"oboloTransactionMode", "normal"}}));
+
+  // The splash stays 5 seconds; then the article is readable and the wallet
+  // button waits on the host.
+  EXPECT_FALSE(paywall->splashView->isHidden());
+  EXPECT_FALSE(host_.hasFloatingButtonOnScreen());
+  host_.advance(std::chrono::milliseconds(4900));
+  EXPECT_FALSE(paywall->splashView->isHidden());
+  host_.advance(std::chrono::milliseconds(200));
+  EXPECT_TRUE(PaywallHost::isHidden(*paywall));
+  EXPECT_TRUE(paywall->splashView->isHidden());
+  EXPECT_TRUE(paywall->visualEffectView->isHidden());
+  ASSERT_TRUE(host_.hasFloatingButtonOnScreen());
+
+  // A tap on the button opens the wallet with the sandbox's balance.
+  floatingButton(*host_.host)->sendActions(UIControlEvent::touchUpInside);
+  auto wallet = std::dynamic_pointer_cast<LogoutController>(host_.host->presentedViewController());
+  ASSERT_NE(wallet, nullptr);
+  EXPECT_EQ(wallet->modalPresentationStyle(), UIModalPresentationStyle::fullScreen);
+  ASSERT_TRUE(host_.waitFor([&] { return wallet->lblBalance->text() == "EUR 9.5"; }));
+
+  // Logout tells the sandbox, closes the wallet, and the card comes back.
+  const std::string deviceKey = global_.getDeviceKey();
+  sandbox_.clearRequests();
+  wallet->btnLogout->sendActions(UIControlEvent::touchUpInside);
+  ASSERT_TRUE(host_.waitFor([&] { return host_.host->presentedViewController() == nullptr; }));
+  EXPECT_EQ(sandbox_.isDeviceLoggedOut(deviceKey), true);
+  ASSERT_TRUE(host_.waitFor([&] { return PaywallHost::isCardShown(*paywall); }));
+  EXPECT_FALSE(host_.hasFloatingButtonOnScreen());
+  EXPECT_EQ(sandbox_.requestsTo(sandbox::kCreateLoggedOutBidPath).size(), 1u);
+  for (const char* key : {"deviceKey", "accessToken", "refreshToken", "email", "customerId"}) {
+    EXPECT_EQ(store_.store().object(key), std::nullopt) << "the store holds no session: " << key;
+  }
 }
 
 TEST_F(PaywallPurchaseFlowTest, TheLoginCallbackMarksTheReturnBeforeTheCustomerBid) {
@@ -129,55 +137,7 @@ TEST_F(PaywallPurchaseFlowTest, TheLoginCallbackMarksTheReturnBeforeTheCustomerB
   EXPECT_EQ(sent, (json{{"deviceKey", "dk"}, {"oboloBidId", paywall->obBidId}, {"loginToken", "lk"}}));
 }
 
-TEST_F(PaywallPurchaseFlowTest, ALoggedInReaderPaysAndTheLogoutBringsTheCardBack) {
-  LogIn(sandbox_.createSession(seed::kReaderEmail).value());
-  auto paywall = LoadWithCard();
-  paywall->btnUnlock->sendActions(UIControlEvent::touchUpInside);
-  ASSERT_TRUE(host_.waitFor([&] { return paywall->unlockView->isHidden(); }));
-  EXPECT_DOUBLE_EQ(sandbox_.balance(seed::kReaderEmail).value(), seed::kReaderBalance - seed::kNormalArticlePrice);
-  const json accepted = json::parse(sandbox_.requestsTo(sandbox::kAcceptBidPath).at(0).body);
-  EXPECT_EQ(accepted, (json{{"oboloBidId", paywall->obBidId}, {"oboloTransactionMode", "normal"}}));
-  ExpectRevealedAfterFiveSeconds(*paywall);
-
-  // The wallet logged the reader out elsewhere.
-  global_.logout();
-  sandbox_.clearRequests();
-  NotificationCenter::defaultCenter().post("NotificationIdentifier");
-  EXPECT_FALSE(host_.hasFloatingButtonOnScreen());
-  ASSERT_TRUE(host_.waitFor([&] { return PaywallHost::isCardShown(*paywall); }));
-  EXPECT_EQ(sandbox_.requestsTo(sandbox::kCreateLoggedOutBidPath).size(), 1u);
-}
-
-TEST_F(PaywallPurchaseFlowTest, AnAcceptAnswerThatDecodesRevealsWhateverItSays) {
-  // The expensive article: the service refuses for lack of funds, with an
-  // answer that decodes, and the paywall reveals all the same.
-  PaywallHost expensive(seed::kExpensiveArticleUrl);
-  LogIn(sandbox_.createSession(seed::kReaderEmail).value());
-  auto paywall = expensive.load();
-  ASSERT_TRUE(expensive.waitFor([&] { return PaywallHost::isCardShown(*paywall); }));
-  EXPECT_TRUE(paywall->btnUnlock->isHidden());  // balance below price, no credit
-  paywall->onUnlockButtonTapped({});
-  ASSERT_TRUE(expensive.waitFor([&] { return paywall->unlockView->isHidden(); }));
-  EXPECT_DOUBLE_EQ(sandbox_.balance(seed::kReaderEmail).value(), seed::kReaderBalance);
-}
-
-TEST_F(PaywallPurchaseFlowTest, AFailedAcceptLeavesTheCard) {
-  LogIn(sandbox_.createSession(seed::kReaderEmail).value());
-  auto paywall = LoadWithCard();
-  for (FaultKind fault : {FaultKind::kMalformedJson, FaultKind::kHtmlErrorPage, FaultKind::kCloseWithoutResponse,
-                          FaultKind::kEmptyBody, FaultKind::kWrongType}) {
-    testing::TransferObserver transfers;
-    sandbox_.setFault(sandbox::kAcceptBidPath, Fault::Once(fault));
-    paywall->btnUnlock->sendActions(UIControlEvent::touchUpInside);
-    ASSERT_TRUE(transfers.waitForHandled(1));
-    MainLoop::main().runFor(std::chrono::milliseconds(1));
-    EXPECT_TRUE(PaywallHost::isCardShown(*paywall)) << static_cast<int>(fault);
-  }
-  EXPECT_DOUBLE_EQ(sandbox_.balance(seed::kReaderEmail).value(), seed::kReaderBalance);
-}
-
 TEST_F(PaywallPurchaseFlowTest, AnExpiredTokenAtTheTapIsNotValidAndNothingHappens) {
-  LogIn(sandbox_.createSession(seed::kReaderEmail).value());
   auto paywall = LoadWithCard();
   global_.setAccessToken(sandbox_.createSession(seed::kReaderEmail, std::chrono::seconds(-60),
                                                 std::chrono::hours(1))->accessToken);

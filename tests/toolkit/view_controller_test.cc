@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <any>
 #include <chrono>
 #include <memory>
 #include <string>
@@ -7,7 +8,8 @@
 
 #include "platform/main_loop.h"
 #include "support/log_capture.h"
-#include "toolkit/ui_button.h"
+#include "toolkit/ui_alert_controller.h"
+#include "toolkit/ui_storyboard.h"
 #include "toolkit/ui_view_controller.h"
 #include "toolkit/ui_window.h"
 
@@ -48,18 +50,11 @@ class ViewControllerTest : public ::testing::Test {
   Journal journal;
 };
 
-TEST_F(ViewControllerTest, ViewLoadsLazilyOnceLoadViewThenViewDidLoad) {
-  auto vc = recorder("vc");
-  EXPECT_FALSE(vc->isViewLoaded());
-  EXPECT_TRUE(journal.empty());
-  auto view = vc->view();
-  EXPECT_EQ(vc->view(), view);
-  EXPECT_EQ(journal, (Journal{"vc.loadView", "vc.viewDidLoad tag=99"}));
-}
-
+// The view loads lazily, once, when first presented: loadView then viewDidLoad.
 TEST_F(ViewControllerTest, PresentAndDismissCompleteOnALaterTurnAfterTheCallReturns) {
   auto host = recorder("host");
   auto sheet = recorder("sheet");
+  EXPECT_FALSE(sheet->isViewLoaded());
   host->present(sheet, true, [&] { journal.push_back("presented"); });
   journal.push_back("present returned");
   EXPECT_EQ(host->presentedViewController(), sheet);
@@ -76,24 +71,6 @@ TEST_F(ViewControllerTest, PresentAndDismissCompleteOnALaterTurnAfterTheCallRetu
                               "dismissed"}));
   EXPECT_EQ(host->presentedViewController(), nullptr);
   EXPECT_EQ(sheet->presentingViewController(), nullptr);
-}
-
-TEST_F(ViewControllerTest, DismissFromThePresenterRemovesEverythingAboveIt) {
-  auto host = std::make_shared<UIViewController>();
-  auto first = recorder("first");
-  auto second = recorder("second");
-  host->present(first, false);
-  first->present(second, false);
-  MainLoop::main().runFor(0s);
-  journal.clear();
-
-  bool done = false;
-  host->dismiss(false, [&] { done = true; });
-  ASSERT_TRUE(MainLoop::main().runUntil([&] { return done; }, 1s));
-  EXPECT_EQ(host->presentedViewController(), nullptr);
-  EXPECT_EQ(first->presentedViewController(), nullptr);
-  EXPECT_EQ(journal, (Journal{"second.viewWillDisappear", "first.viewWillDisappear", "second.viewDidDisappear",
-                              "first.viewDidDisappear"}));
 }
 
 TEST_F(ViewControllerTest, PresentingTwiceOrDismissingNothingIsRefusedWithoutCompletion) {
@@ -145,19 +122,71 @@ TEST_F(ViewControllerTest, WindowRootAndItsChildrenAppearWhenTheWindowBecomesVis
   EXPECT_EQ(sheet->view()->frame(), window->bounds());
 }
 
-TEST_F(ViewControllerTest, AssociatedObjectsAreRetainedAndReadBackOnlyAsTheirType) {
-  static const char key = 0;
-  auto vc = std::make_shared<UIViewController>();
-  std::weak_ptr<UIButton> watch;
-  {
-    auto button = std::make_shared<UIButton>();
-    watch = button;
-    vc->setAssociatedObject(&key, button);
+class LoginScreen : public UIViewController {
+ public:
+  std::string bid_id;  // set by the opener while preparing the segue
+  std::string bid_id_when_loaded;
+  void viewDidLoad() override { bid_id_when_loaded = bid_id; }
+};
+
+class CardScreen : public UIViewController {
+ public:
+  bool destination_was_presented = true;
+  void prepare(const UIStoryboardSegue& segue, const std::any&) override {
+    destination_was_presented = segue.destination()->presentingViewController() != nullptr;
+    if (auto login = std::dynamic_pointer_cast<LoginScreen>(segue.destination())) login->bid_id = "345";
   }
-  EXPECT_EQ(vc->associatedObject<UIButton>(&key), watch.lock()) << "the association retains the button";
-  vc->setAssociatedObject(&key, std::make_shared<UILabel>());
-  EXPECT_TRUE(watch.expired()) << "replacing releases the old object";
-  EXPECT_EQ(vc->associatedObject<UIButton>(&key), nullptr) << "a label is not a button";
+};
+
+// Each instantiation is a fresh controller of the scene's type, its view not
+// yet loaded; a segue prepares its new destination, then presents it.
+TEST(StoryboardTest, InstantiatesScenesAndPerformsSegues) {
+  MainLoop::main().useVirtualTime();
+  UIStoryboard::registerStoryboard(
+      "Test", {.scenes = {{"CardID", [] { return std::make_shared<CardScreen>(); }},
+                          {"LoginID", [] { return std::make_shared<LoginScreen>(); }}},
+               .segues = {{"CardID", "CardToLogin", "LoginID", UIModalPresentationStyle::fullScreen}},
+               .initialScene = "CardID"});
+  UIStoryboard storyboard("Test");
+  auto card = storyboard.instantiateViewController<CardScreen>("CardID");
+  ASSERT_NE(card, nullptr);
+  EXPECT_NE(card, storyboard.instantiateViewController("CardID"));
+  EXPECT_FALSE(card->isViewLoaded());
+  EXPECT_EQ(storyboard.instantiateViewController("NopeID"), nullptr);
+  EXPECT_EQ(storyboard.instantiateViewController<LoginScreen>("CardID"), nullptr);
+  EXPECT_EQ(UIStoryboard("NotRegistered").instantiateViewController("CardID"), nullptr);
+
+  card->performSegue("CardToLogin", std::any(card));
+  EXPECT_FALSE(card->destination_was_presented) << "prepare runs before the presentation";
+  auto login = std::dynamic_pointer_cast<LoginScreen>(card->presentedViewController());
+  ASSERT_NE(login, nullptr);
+  EXPECT_EQ(login->bid_id_when_loaded, "345") << "the destination's view loads after prepare";
+  EXPECT_EQ(login->modalPresentationStyle(), UIModalPresentationStyle::fullScreen);
+}
+
+TEST(UIAlertControllerTest, TappingAnActionDismissesTheAlertThenRunsItsHandlerOnce) {
+  MainLoop::main().useVirtualTime();
+  auto host = std::make_shared<UIViewController>();
+  std::vector<std::string> journal;
+  auto alert = std::make_shared<UIAlertController>("Payment", "Done", UIAlertController::Style::alert);
+  alert->addAction(std::make_shared<UIAlertAction>(
+      "OK", UIAlertAction::Style::defaultStyle, [&](const std::shared_ptr<UIAlertAction>& action) {
+        journal.push_back("handler " + *action->title());
+        EXPECT_EQ(host->presentedViewController(), nullptr) << "the alert is gone when the handler runs";
+      }));
+  alert->addAction(std::make_shared<UIAlertAction>("Cancel", UIAlertAction::Style::cancel));
+  host->present(alert, true);
+  MainLoop::main().runFor(0s);
+  EXPECT_EQ(alert->titleLabel()->text(), "Payment");
+  EXPECT_EQ(alert->messageLabel()->text(), "Done");
+  ASSERT_EQ(alert->actionButtons().size(), 2u);
+  EXPECT_EQ(alert->actionButtons()[1]->currentTitle(), "Cancel");
+
+  EXPECT_TRUE(alert->actionButtons()[0]->tap());
+  EXPECT_TRUE(journal.empty()) << "the handler waits for the dismissal";
+  alert->actionButtons()[0]->tap();  // a second tap while it closes does nothing
+  MainLoop::main().runFor(1s);
+  EXPECT_EQ(journal, (std::vector<std::string>{"handler OK"}));
 }
 
 }  // namespace

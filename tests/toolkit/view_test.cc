@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <any>
 #include <memory>
+#include <string>
 #include <vector>
 
-#include "platform/main_loop.h"
+#include "toolkit/ui_button.h"
 #include "toolkit/ui_view.h"
 #include "toolkit/ui_window.h"
+#include "toolkit/url.h"
 
 namespace obolo {
 namespace {
@@ -66,36 +69,104 @@ TEST(UIViewTest, AutoresizingFollowsTheSuperviewsSize) {
   }
 }
 
-TEST(UIViewTest, VisibleOnScreenNeedsEveryAncestorShownAndAWindow) {
-  auto window = std::make_shared<UIWindow>();
-  window->makeKeyAndVisible();
-  auto container = View(), label = View();
-  container->addSubview(label);
-  EXPECT_TRUE(label->isShownInHierarchy());
-  EXPECT_FALSE(label->isVisibleOnScreen()) << "not in a window";
-  window->addSubview(container);
-  EXPECT_TRUE(label->isVisibleOnScreen());
+// A screen-like target with the three action shapes screens use.
+struct Screen : NSObject {
+  std::vector<std::string> calls;
+  std::shared_ptr<UIButton> last_sender;
+  void onTap() { calls.push_back("onTap"); }
+  void onButton(const std::shared_ptr<UIButton>& sender) {
+    calls.push_back("onButton");
+    last_sender = sender;
+  }
+  void onAny(const std::any& sender) {
+    calls.push_back(std::any_cast<std::shared_ptr<UIControl>>(sender) ? "onAny" : "onAny(null)");
+  }
+};
 
-  container->setHidden(true);
-  EXPECT_FALSE(label->isVisibleOnScreen());
-  container->setHidden(false);
-  container->setAlpha(0);
-  EXPECT_FALSE(label->isVisibleOnScreen());
-  container->setAlpha(1);
-  window->setHidden(true);
-  EXPECT_FALSE(label->isVisibleOnScreen());
+TEST(UIButtonTest, TheTitleLabelShowsTheTitleOtherStatesFallingBackToNormal) {
+  auto button = std::make_shared<UIButton>(CGRect(0, 0, 100, 40));
+  button->setTitle("Unlock", UIControlState::normal);
+  auto label = button->titleLabel();
+  EXPECT_EQ(label->text(), "Unlock");
+  button->setTitle("Pay now", UIControlState::normal);
+  button->setTitleColor(UIColor::white(), UIControlState::normal);
+  EXPECT_EQ(label->text(), "Pay now");
+  EXPECT_EQ(label->textColor(), UIColor::white());
+  EXPECT_EQ(button->title(UIControlState::highlighted), "Pay now");
 }
 
-TEST(UIViewTest, AnimateAppliesAtOnceAndCompletesLater) {
-  MainLoop::main().useVirtualTime();
-  auto view = View(CGRect(0, 0, 10, 10));
-  bool completed = false;
-  UIView::animate(
-      0.3, [&] { view->setCenter(CGPoint{50, 50}); }, [&](bool finished) { completed = finished; });
-  EXPECT_EQ(view->center(), (CGPoint{50, 50}));
-  EXPECT_FALSE(completed);
-  MainLoop::main().runFor(std::chrono::seconds(0));
-  EXPECT_TRUE(completed);
+TEST(UIControlTest, ActionsRunForTheirEventsInRegistrationOrderWithTheSenderOnWeaklyHeldTargets) {
+  auto screen = std::make_shared<Screen>();
+  std::weak_ptr<Screen> watch = screen;
+  auto button = std::make_shared<UIButton>();
+  button->addTarget(screen, &Screen::onTap, UIControlEvent::touchUpInside);
+  button->addTarget(screen, &Screen::onButton, UIControlEvent::touchUpInside | UIControlEvent::valueChanged);
+  button->addTarget(screen, &Screen::onAny, UIControlEvent::touchUpInside);
+
+  button->sendActions(UIControlEvent::touchDown);
+  EXPECT_TRUE(screen->calls.empty());
+  button->sendActions(UIControlEvent::touchUpInside);
+  EXPECT_EQ(screen->calls, (std::vector<std::string>{"onTap", "onButton", "onAny"}));
+  EXPECT_EQ(screen->last_sender, button);
+
+  screen.reset();
+  EXPECT_TRUE(watch.expired()) << "the button must not keep its target alive";
+  button->sendActions(UIControlEvent::touchUpInside);  // and must not call a dead one
+}
+
+// What a reader can see: every ancestor shown and opaque, in a shown window;
+// a tap also needs the control enabled and taking touches.
+TEST(UIControlTest, AReadersTapNeedsAControlVisibleOnScreenEnabledAndInteractive) {
+  auto window = std::make_shared<UIWindow>();
+  window->makeKeyAndVisible();
+  auto screen = std::make_shared<Screen>();
+  auto container = std::make_shared<UIView>();
+  auto button = std::make_shared<UIButton>();
+  container->addSubview(button);
+  button->addTarget(screen, &Screen::onTap, UIControlEvent::touchUpInside);
+  EXPECT_FALSE(button->isVisibleOnScreen()) << "not in a window";
+  window->addSubview(container);
+  EXPECT_TRUE(button->isVisibleOnScreen());
+  EXPECT_TRUE(button->tap());
+
+  container->setHidden(true);
+  EXPECT_FALSE(button->isVisibleOnScreen());
+  EXPECT_FALSE(button->tap());
+  container->setHidden(false);
+  container->setAlpha(0);
+  EXPECT_FALSE(button->isVisibleOnScreen());
+  container->setAlpha(1);
+  container->setUserInteractionEnabled(false);
+  EXPECT_FALSE(button->tap());
+  container->setUserInteractionEnabled(true);
+  button->setEnabled(false);
+  EXPECT_FALSE(button->tap());
+  button->setEnabled(true);
+  window->setHidden(true);
+  EXPECT_FALSE(button->isVisibleOnScreen());
+  EXPECT_EQ(screen->calls.size(), 1u);
+}
+
+TEST(URLTest, OnlyWellFormedTextMakesAURL) {
+  struct Case {
+    const char* text;
+    bool valid;
+  } cases[] = {
+      {"https://obolo.io/terms", true},
+      {"mailto:support@obolo.io", true},
+      {"http://127.0.0.1:8080/logo.png?size=2&x=%20#top", true},
+      {"logo.png", true},  // a relative reference
+      {"", false},
+      {"not a url", false},
+      {"https://obolo.io/a b", false},
+      {"50%", false},
+      {"https://obolo.io/%zz", false},
+      {"https://obolo.io/<logo>", false},
+      {"https://obolo.io/#a#b", false},
+      {"https://obolo.io/caf\xC3\xA9", false},
+  };
+  for (const auto& c : cases) EXPECT_EQ(URL::fromString(c.text).has_value(), c.valid) << c.text;
+  EXPECT_EQ(URL::fromString("HTTPS://user@Obolo.io:443/path?q")->scheme(), "https");
 }
 
 }  // namespace
