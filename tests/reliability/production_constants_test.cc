@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include <map>
 #include <string>
 #include <string_view>
 
@@ -16,30 +15,17 @@
 namespace obolo {
 namespace {
 
-// The variables that point the kit elsewhere. The kit reads each once, at first
-// use, so clearing them before anything of the kit runs gives its defaults.
-void ClearOverrides() {
-  for (const char* name : {"OBOLO_API_BASE_URL", "OBOLO_WALLET_ORIGIN", "OBOLO_REDIRECT_ORIGIN",
-                           "OBOLO_LOGIN_LOGO_URL", "OBOLO_CA_FILE"}) {
-    unsetenv(name);
-  }
-}
-
 // One DNS label: letters, digits and inner hyphens.
 bool IsLabel(std::string_view label) {
-  if (label.empty() || label.front() == '-' || label.back() == '-') return false;
-  for (char c : label) {
-    if (!((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-')) return false;
-  }
-  return true;
+  return !label.empty() && label.front() != '-' && label.back() != '-' &&
+         label.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789-") == std::string_view::npos;
 }
 
 // "https://host" or "https://host:port": an origin on a dotted host name, no
 // path, no trailing slash.
 bool IsHttpsOrigin(std::string_view text) {
-  constexpr std::string_view kScheme = "https://";
-  if (!text.starts_with(kScheme)) return false;
-  text.remove_prefix(kScheme.size());
+  if (!text.starts_with("https://")) return false;
+  text.remove_prefix(8);
   if (const auto colon = text.find(':'); colon != std::string_view::npos) {
     const std::string_view port = text.substr(colon + 1);
     if (port.empty() || port.find_first_not_of("0123456789") != std::string_view::npos) return false;
@@ -57,10 +43,9 @@ bool IsHttpsOrigin(std::string_view text) {
 
 // An HTTPS address with a path, on a named host (not a loopback address).
 bool IsHttpsAddress(std::string_view text) {
-  const auto path = text.find('/', std::string_view("https://").size());
-  if (path == std::string_view::npos) return false;
-  if (text.find_first_of(" \t\r\n", path) != std::string_view::npos) return false;
-  return IsHttpsOrigin(text.substr(0, path));
+  const auto path = text.find('/', 8);
+  return path != std::string_view::npos && text.find_first_of(" \t\r\n", path) == std::string_view::npos &&
+         IsHttpsOrigin(text.substr(0, path));
 }
 
 bool IsLoopback(const std::string& text) {
@@ -68,27 +53,27 @@ bool IsLoopback(const std::string& text) {
          text.find("[::1]") != std::string::npos;
 }
 
-// The query of the login address, split at '&' and '=' (it is not encoded).
-std::map<std::string, std::string> QueryOf(const std::string& address) {
-  std::map<std::string, std::string> parameters;
-  std::string_view query(address);
-  query.remove_prefix(address.find('?') + 1);
-  while (!query.empty()) {
-    const auto end = query.find('&');
-    const std::string_view pair = query.substr(0, end);
-    const auto equals = pair.find('=');
-    parameters[std::string(pair.substr(0, equals))] = std::string(pair.substr(equals + 1));
-    if (end == std::string_view::npos) break;
-    query.remove_prefix(end + 1);
+// A parameter of the login address's query (it is not encoded).
+std::string QueryParameter(const std::string& address, const std::string& name) {
+  for (const char* separator : {"?", "&"}) {
+    if (const auto at = address.find(separator + name + "="); at != std::string::npos) {
+      const auto value = at + name.size() + 2;
+      return address.substr(value, address.find('&', value) - value);
+    }
   }
-  return parameters;
+  return "";
 }
 
-TEST(ProductionConstantsTest, TheServiceIsReachedOverHttpsOnly) {
-  ClearOverrides();
+TEST(ProductionConstantsTest, EveryAddressAShippedAppReachesIsHttps) {
+  // The kit reads each override once, at first use, so clearing them before
+  // anything of the kit runs gives its defaults.
+  for (const char* name : {"OBOLO_API_BASE_URL", "OBOLO_WALLET_ORIGIN", "OBOLO_REDIRECT_ORIGIN",
+                           "OBOLO_LOGIN_LOGO_URL", "OBOLO_CA_FILE"}) {
+    unsetenv(name);
+  }
+  // The service.
   const std::string& base = API::BASE_URL();
-  EXPECT_TRUE(IsHttpsOrigin(base)) << base;
-  EXPECT_FALSE(IsLoopback(base)) << base;
+  EXPECT_TRUE(IsHttpsOrigin(base) && !IsLoopback(base)) << base;
   for (std::string_view path : {API::V2::CREATE_LOGGED_OUT_BID, API::V2::CREATE_LOGGED_IN_BID, API::V2::CUSTOMER_BID,
                                 API::V2::ACCEPT_BID, API::V2::BALANCE_ARTICLE, API::V1::NEXT_ACCESS_TOKEN,
                                 API::V1::LOGOUT}) {
@@ -96,31 +81,22 @@ TEST(ProductionConstantsTest, TheServiceIsReachedOverHttpsOnly) {
     EXPECT_TRUE(IsHttpsAddress(address)) << address;
     EXPECT_EQ(address.find("//", 8), std::string::npos) << "the base and the path join with one slash: " << address;
   }
-}
 
-TEST(ProductionConstantsTest, TheLoginPageAndEverythingItNamesAreHttps) {
-  ClearOverrides();
+  // The login page and everything it names.
   EXPECT_TRUE(IsHttpsOrigin(LOGIN_WALLET_ORIGIN())) << LOGIN_WALLET_ORIGIN();
   EXPECT_TRUE(IsHttpsOrigin(LOGIN_REDIRECT_ORIGIN())) << LOGIN_REDIRECT_ORIGIN();
   EXPECT_TRUE(IsHttpsAddress(LOGIN_LOGO_URL())) << LOGIN_LOGO_URL();
-
   WebLoginVC login;
   login.publisherId = 7;
   login.obBidId = 345;
   const std::string address = login.loginAddress();
-  EXPECT_TRUE(address.starts_with(LOGIN_WALLET_ORIGIN() + "/?")) << address;
-  EXPECT_FALSE(IsLoopback(address)) << address;
-  const auto query = QueryOf(address);
-  ASSERT_TRUE(query.contains("login_publisher_logo_url")) << address;
-  ASSERT_TRUE(query.contains("login_redirect_url")) << address;
-  EXPECT_TRUE(IsHttpsAddress(query.at("login_publisher_logo_url"))) << address;
-  EXPECT_TRUE(IsHttpsAddress(query.at("login_redirect_url"))) << address;
-}
+  EXPECT_TRUE(address.starts_with(LOGIN_WALLET_ORIGIN() + "/?") && !IsLoopback(address)) << address;
+  EXPECT_TRUE(IsHttpsAddress(QueryParameter(address, "login_publisher_logo_url"))) << address;
+  EXPECT_TRUE(IsHttpsAddress(QueryParameter(address, "login_redirect_url"))) << address;
 
-TEST(ProductionConstantsTest, TheConsentPagesAreHttpsAndTheContactIsMail) {
-  ClearOverrides();
-  EXPECT_TRUE(IsHttpsAddress(std::string(Consents::TERMS_URL))) << Consents::TERMS_URL;
-  EXPECT_TRUE(IsHttpsAddress(std::string(Consents::PRIVACY_URL))) << Consents::PRIVACY_URL;
+  // The consent pages; the contact is a mail address.
+  EXPECT_TRUE(IsHttpsAddress(Consents::TERMS_URL)) << Consents::TERMS_URL;
+  EXPECT_TRUE(IsHttpsAddress(Consents::PRIVACY_URL)) << Consents::PRIVACY_URL;
   EXPECT_TRUE(std::string_view(Consents::CONTACT_URL).starts_with("mailto:")) << Consents::CONTACT_URL;
 }
 

@@ -11,10 +11,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <map>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -23,8 +24,7 @@
 #include "entry/obolo.h"
 #include "login/web_login_vc.h"
 #include "network/api.h"
-#include "platform/log.h"
-#include "reliability/screen_fault_test.h"
+#include "reliability/reliability_support.h"
 #include "sandbox/default_world.h"
 #include "sandbox/paths.h"
 #include "toolkit/url_request.h"
@@ -37,45 +37,10 @@ namespace obolo {
 namespace {
 
 using namespace std::chrono_literals;
-using nlohmann::json;
 using reliability::PaywallLook;
 using reliability::StoredSession;
 using testing::PaywallHost;
 namespace seed = sandbox::seed;
-
-// What the reader's secrets were during the purchase.
-struct Secrets {
-  std::vector<std::string> accessTokens;  // from the login, then from the refresh
-  std::string refreshToken;
-  std::string deviceKey;
-  std::string loginKey;
-
-  // Each secret with its name; a token also by its payload and its
-  // signature, so that part of a token counts as the token. (Its header
-  // segment is the same in every token and no secret.)
-  std::vector<std::pair<std::string, std::string>> all() const {
-    std::vector<std::pair<std::string, std::string>> named;
-    auto add = [&](const std::string& name, const std::string& value) {
-      named.emplace_back(name, value);
-      std::size_t dot = value.find('.');
-      while (dot != std::string::npos) {
-        const std::size_t next = value.find('.', dot + 1);
-        const std::string segment = value.substr(dot + 1, next == std::string::npos ? next : next - dot - 1);
-        if (segment.size() >= 16) named.emplace_back(name + " (a segment)", segment);
-        dot = next;
-      }
-    };
-    for (const auto& token : accessTokens) add("access token", token);
-    add("refresh token", refreshToken);
-    add("device key", deviceKey);
-    add("login key", loginKey);
-    return named;
-  }
-};
-
-// The calls that carry the bearer token.
-const std::set<std::string> kBearerCalls = {sandbox::kCreateLoggedInBidPath, sandbox::kAcceptBidPath,
-                                            sandbox::kBalanceAndArticlePath, sandbox::kLogoutDevicePath};
 
 bool Contains(std::string_view text, std::string_view secret) {
   return !secret.empty() && text.find(secret) != std::string_view::npos;
@@ -87,10 +52,7 @@ constexpr char kTokenStart[] = "eyJ";
 
 class SecurityTest : public reliability::ScreenFaultTest {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(logoOrigin_.start()) << logoOrigin_.error();
-    ASSERT_NE(logoOrigin_.baseUrl(), sandbox_.baseUrl());
-  }
+  void SetUp() override { ASSERT_TRUE(logoOrigin_.start()) << logoOrigin_.error(); }
   void TearDown() override { logoOrigin_.stop(); }
 
   // The host app opens the article on `host`, with the logo on the other origin.
@@ -102,6 +64,18 @@ class SecurityTest : public reliability::ScreenFaultTest {
     Settle();
     EXPECT_TRUE(PaywallLook::Of(*paywall, host).offersCard());
     return paywall;
+  }
+
+  // Each secret with its name; a token also by its payload and signature, so
+  // that part of a token counts as the token (its header is in every token).
+  void AddSecret(const std::string& name, const std::string& value) {
+    secrets_.emplace_back(name, value);
+    for (std::size_t dot = value.find('.'); dot != std::string::npos;) {
+      const std::size_t next = value.find('.', dot + 1);
+      const std::string segment = value.substr(dot + 1, next == std::string::npos ? next : next - dot - 1);
+      if (segment.size() >= 16) secrets_.emplace_back(name, segment);
+      dot = next;
+    }
   }
 
   // The whole purchase, as a reader goes through it.
@@ -120,13 +94,13 @@ class SecurityTest : public reliability::ScreenFaultTest {
     ASSERT_TRUE(login->webview->postMessageFromPage(kLoginScriptHandlerName,
                                                     {{"device_key", keys.deviceKey}, {"login_key", keys.loginKey}}));
     Settle();
-    const StoredSession loggedIn = StoredSession::Read();
+    const StoredSession loggedIn = loggedIn_ = StoredSession::Read();
     ASSERT_EQ(loggedIn.deviceKey, keys.deviceKey);
     ASSERT_FALSE(GlobalVariable::shared().isOBTokenValid());
-    secrets_.deviceKey = keys.deviceKey;
-    secrets_.loginKey = keys.loginKey;
-    secrets_.refreshToken = loggedIn.refreshToken;
-    secrets_.accessTokens.push_back(loggedIn.accessToken);
+    AddSecret("device key", keys.deviceKey);
+    AddSecret("login key", keys.loginKey);
+    AddSecret("refresh token", loggedIn.refreshToken);
+    AddSecret("access token", loggedIn.accessToken);
 
     // The reader opens the article again: refresh, logged-in bid, pay.
     sandbox_.setTokenLifetimes(1h, 24h * 30);
@@ -134,7 +108,7 @@ class SecurityTest : public reliability::ScreenFaultTest {
     paywall = Open(second);
     const StoredSession refreshed = StoredSession::Read();
     ASSERT_NE(refreshed.accessToken, loggedIn.accessToken);
-    secrets_.accessTokens.push_back(refreshed.accessToken);
+    AddSecret("access token", lastAccessToken_ = refreshed.accessToken);
     ASSERT_TRUE(paywall->btnUnlock->tap());
     Settle();
     second.advance(5100ms);
@@ -157,60 +131,61 @@ class SecurityTest : public reliability::ScreenFaultTest {
   }
 
   sandbox::Sandbox logoOrigin_{sandbox::SandboxOptions{.https = false}};
-  Secrets secrets_;
+  std::vector<std::pair<std::string, std::string>> secrets_;
+  StoredSession loggedIn_;
+  std::string lastAccessToken_;
   std::optional<URLRequest> loginPage_;
 };
 
 TEST_F(SecurityTest, SecretsTravelOnlyInTheHeadersAndBodiesThatCarryThem) {
   RunWholePurchase();
   if (HasFatalFailure()) return;
-  const std::string bearerPrefix = "Bearer ";
-  const auto received = sandbox_.requests();
+  // The calls that carry the bearer token, and the bodies each secret belongs in.
+  const std::set<std::string> bearerCalls = {sandbox::kCreateLoggedInBidPath, sandbox::kAcceptBidPath,
+                                             sandbox::kBalanceAndArticlePath, sandbox::kLogoutDevicePath};
+  const std::map<std::string, std::set<std::string>> bodies = {
+      {"access token", {}},
+      {"refresh token", {sandbox::kNextAccessTokenPath}},
+      {"device key", {sandbox::kCustomerBidPath, sandbox::kNextAccessTokenPath, sandbox::kLogoutDevicePath}},
+      {"login key", {sandbox::kCustomerBidPath}}};
   int bearers = 0;
-  for (const auto& request : received) {
+  for (const auto& request : sandbox_.requests()) {
     SCOPED_TRACE(request.method + " " + request.path);
     // The bearer: on the four calls, with the token stored when it was sent.
     const auto authorization = request.header("Authorization");
-    if (kBearerCalls.contains(request.path)) {
-      ASSERT_TRUE(authorization.has_value());
-      EXPECT_EQ(*authorization, bearerPrefix + secrets_.accessTokens.back());
+    if (bearerCalls.contains(request.path)) {
+      EXPECT_EQ(authorization, "Bearer " + lastAccessToken_);
       ++bearers;
     } else {
       EXPECT_FALSE(authorization.has_value()) << *authorization;
     }
-
-    for (const auto& [name, secret] : secrets_.all()) {
+    for (const auto& [name, secret] : secrets_) {
       SCOPED_TRACE(name);
-      const bool inBody = Contains(request.body, secret);
       EXPECT_FALSE(Contains(request.path, secret));
       EXPECT_FALSE(Contains(request.query, secret));
+      EXPECT_EQ(Contains(request.body, secret), bodies.at(name).contains(request.path));
       for (const auto& [field, value] : request.headers) {
-        const bool bearerHere = field == "Authorization" && name.starts_with("access token");
-        if (!bearerHere) {
+        if (field != "Authorization" || name != "access token") {
           EXPECT_FALSE(Contains(value, secret)) << "in header " << field;
         }
-      }
-      if (name.starts_with("access token")) {
-        EXPECT_FALSE(inBody) << "an access token goes in no body";
-      } else if (name.starts_with("refresh token")) {
-        EXPECT_EQ(inBody, request.path == sandbox::kNextAccessTokenPath);
-      } else if (name == "device key") {
-        EXPECT_EQ(inBody, request.path == sandbox::kCustomerBidPath || request.path == sandbox::kNextAccessTokenPath ||
-                              request.path == sandbox::kLogoutDevicePath);
-      } else if (name == "login key") {
-        EXPECT_EQ(inBody, request.path == sandbox::kCustomerBidPath);
       }
     }
   }
   // Each call of the purchase was seen: a logged-in bid, the accept, the
   // balance and the logout carried the bearer; the refresh carried its token.
   EXPECT_EQ(bearers, 4);
-  EXPECT_EQ(sandbox_.requestsTo(sandbox::kNextAccessTokenPath).size(), 1u);
+  ASSERT_EQ(sandbox_.requestsTo(sandbox::kNextAccessTokenPath).size(), 1u);
   EXPECT_EQ(sandbox_.requestsTo(sandbox::kCustomerBidPath).size(), 1u);
-  const json refresh = json::parse(sandbox_.requestsTo(sandbox::kNextAccessTokenPath).at(0).body);
-  EXPECT_EQ(refresh.value("refreshToken", ""), secrets_.refreshToken);
+  const auto refresh = nlohmann::json::parse(sandbox_.requestsTo(sandbox::kNextAccessTokenPath).at(0).body);
+  EXPECT_EQ(refresh.value("refreshToken", ""), loggedIn_.refreshToken);
 
-  // The logo's origin got the logo requests, and nothing of the reader's.
+  // Whatever the kit sent off the service's origin was the two logos, and the
+  // logo's origin got nothing of the reader's.
+  int elsewhere = 0;
+  for (const HttpRequest& request : transfers_.requests()) {
+    elsewhere += !request.url.starts_with(API::BASE_URL() + "/");
+  }
+  EXPECT_EQ(elsewhere, 2);
   EXPECT_TRUE(sandbox_.requestsTo(sandbox::kPublisherLogoPath).empty());
   const auto logo = logoOrigin_.requests();
   ASSERT_EQ(logo.size(), 2u) << "one logo per paywall";
@@ -218,31 +193,12 @@ TEST_F(SecurityTest, SecretsTravelOnlyInTheHeadersAndBodiesThatCarryThem) {
     EXPECT_EQ(request.path, sandbox::kPublisherLogoPath);
     EXPECT_FALSE(request.header("Authorization").has_value());
     EXPECT_FALSE(request.header("Cookie").has_value());
-    EXPECT_TRUE(request.query.empty()) << request.query;
-    EXPECT_TRUE(request.body.empty());
+    EXPECT_TRUE(request.query.empty() && request.body.empty()) << request.query;
     for (const auto& [field, value] : request.headers) {
       EXPECT_FALSE(Contains(value, kTokenStart)) << field << ": " << value;
-      for (const auto& [name, secret] : secrets_.all()) EXPECT_FALSE(Contains(value, secret)) << name;
+      for (const auto& [name, secret] : secrets_) EXPECT_FALSE(Contains(value, secret)) << name;
     }
   }
-
-  // The kit's side: whatever it sent anywhere but the service's origin carries
-  // no Authorization and no secret.
-  const std::string service = API::BASE_URL() + "/";
-  int elsewhere = 0;
-  for (const HttpRequest& request : transfers_.requests()) {
-    if (request.url.starts_with(service)) continue;
-    ++elsewhere;
-    SCOPED_TRACE(request.url);
-    EXPECT_FALSE(request.value("Authorization").has_value());
-    EXPECT_FALSE(Contains(request.url, kTokenStart));
-    for (const auto& [name, secret] : secrets_.all()) {
-      EXPECT_FALSE(Contains(request.url, secret)) << name;
-      EXPECT_FALSE(Contains(request.body, secret)) << name;
-      for (const auto& [field, value] : request.headers) EXPECT_FALSE(Contains(value, secret)) << name;
-    }
-  }
-  EXPECT_EQ(elsewhere, 2);
 
   // The login page: a plain GET of an address without anything token-like.
   const std::string address = loginPage_->url().absoluteString();
@@ -250,54 +206,44 @@ TEST_F(SecurityTest, SecretsTravelOnlyInTheHeadersAndBodiesThatCarryThem) {
   EXPECT_TRUE(loginPage_->allHTTPHeaderFields().empty());
   EXPECT_TRUE(loginPage_->httpBody().empty());
   EXPECT_FALSE(Contains(address, kTokenStart)) << address;
-  for (const auto& [name, secret] : secrets_.all()) EXPECT_FALSE(Contains(address, secret)) << name;
+  for (const auto& [name, secret] : secrets_) EXPECT_FALSE(Contains(address, secret)) << name;
 }
 
-// Collects the lines a sink lets through; lines arrive from any thread.
-class Lines {
- public:
-  void add(std::string_view line) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    lines_.emplace_back(line);
-  }
-  std::vector<std::string> get() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return lines_;
-  }
-
- private:
-  mutable std::mutex mutex_;
-  std::vector<std::string> lines_;
-};
-
 TEST_F(SecurityTest, ALogWithoutCredentialsCarriesNoSecretOfAWholePurchase) {
-  auto everything = std::make_shared<Lines>();
-  auto kept = std::make_shared<Lines>();
-  LogSink filtered = WithoutCredentials([kept](std::string_view line, LogContent) { kept->add(line); });
-  SetLogSink([everything, filtered](std::string_view line, LogContent content) {
-    everything->add(line);
+  // Lines arrive from any thread.
+  struct Lines {
+    std::mutex mutex;
+    std::vector<std::string> all, kept;
+  };
+  auto lines = std::make_shared<Lines>();
+  LogSink filtered = WithoutCredentials([lines](std::string_view line, LogContent) {
+    std::lock_guard<std::mutex> lock(lines->mutex);
+    lines->kept.emplace_back(line);
+  });
+  SetLogSink([lines, filtered](std::string_view line, LogContent content) {
+    {
+      std::lock_guard<std::mutex> lock(lines->mutex);
+      lines->all.emplace_back(line);
+    }
     filtered(line, content);
   });
   RunWholePurchase();
   SetLogSink({});
   if (HasFatalFailure()) return;
 
-  const auto lines = kept->get();
-  const auto all = everything->get();
-  for (const auto& [name, secret] : secrets_.all()) {
+  std::lock_guard<std::mutex> lock(lines->mutex);
+  for (const auto& [name, secret] : secrets_) {
     SCOPED_TRACE(name);
     // The kit did write the secret: only the filter kept it out.
-    bool written = false;
-    for (const auto& line : all) written = written || Contains(line, secret);
-    EXPECT_TRUE(written);
-    for (const auto& line : lines) EXPECT_FALSE(Contains(line, secret)) << line;
+    EXPECT_TRUE(std::any_of(lines->all.begin(), lines->all.end(), [&](auto& l) { return Contains(l, secret); }));
+    for (const auto& line : lines->kept) EXPECT_FALSE(Contains(line, secret)) << line;
   }
   // The diagnostics still come through, from every part of the purchase.
-  EXPECT_LT(lines.size(), all.size());
+  EXPECT_LT(lines->kept.size(), lines->all.size());
   for (const char* expected : {"createLoggedOutBid started", "customerBid started", "getNextAccessToken started",
                                "createLoggedInBid started", "acceptBid started", "tapped",
                                "getBalanceAndArticles started", "logout started"}) {
-    EXPECT_NE(std::find(lines.begin(), lines.end(), expected), lines.end()) << expected;
+    EXPECT_NE(std::find(lines->kept.begin(), lines->kept.end(), expected), lines->kept.end()) << expected;
   }
 }
 
