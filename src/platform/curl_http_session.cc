@@ -139,7 +139,14 @@ struct CurlHttpSession::Transfer {
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Transfer::OnHeader);
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
-    if (!TrustedCaFile().empty()) curl_easy_setopt(easy, CURLOPT_CAINFO, TrustedCaFile().c_str());
+    if (!TrustedCaFile().empty()) {
+      // The file replaces the system's store: libcurl's default directory
+      // of trusted certificates goes too. With the file as the only source,
+      // libcurl also keeps the parsed store for later connections instead
+      // of reading the file again for every one.
+      curl_easy_setopt(easy, CURLOPT_CAINFO, TrustedCaFile().c_str());
+      curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
+    }
     if (share != nullptr) curl_easy_setopt(easy, CURLOPT_SHARE, share);
 
     if (request.method == "GET") {

@@ -1,6 +1,9 @@
 // The libcurl session against a bare TLS server of the test's own, which
 // closes every connection after one answer and tells whether each handshake
 // resumed an earlier TLS session.
+//
+// The session reads OBOLO_CA_FILE once per process, so each test case needs a
+// process of its own, as CTest runs them.
 
 #include "platform/curl_http_session.h"
 
@@ -13,6 +16,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <filesystem>
 #include <future>
 #include <memory>
 #include <mutex>
@@ -27,14 +31,21 @@ namespace {
 
 class OneShotTlsServer {
  public:
-  // Serves `connections` connections, one after the other.
-  explicit OneShotTlsServer(int connections) {
+  // Serves `connections` connections, one after the other. A server that is
+  // not `resumable` makes a full handshake, certificate check included, on
+  // every connection.
+  explicit OneShotTlsServer(int connections, bool resumable = true) {
     std::string error;
     certificate_ = sandbox::SelfSignedCertificate::Create(&error);
     if (!certificate_) return;
     context_ = SSL_CTX_new(TLS_server_method());
     SSL_CTX_use_certificate(context_, certificate_->certificate());
     SSL_CTX_use_PrivateKey(context_, certificate_->key());
+    if (!resumable) {
+      SSL_CTX_set_session_cache_mode(context_, SSL_SESS_CACHE_OFF);
+      SSL_CTX_set_options(context_, SSL_OP_NO_TICKET);
+      SSL_CTX_set_num_tickets(context_, 0);
+    }
 
     listener_ = socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address{};
@@ -50,6 +61,9 @@ class OneShotTlsServer {
   }
 
   ~OneShotTlsServer() {
+    // Ends an accept() still waiting for a connection that a failed test
+    // never made.
+    if (listener_ >= 0) shutdown(listener_, SHUT_RDWR);
     if (thread_.joinable()) thread_.join();
     if (listener_ >= 0) close(listener_);
     SSL_CTX_free(context_);
@@ -125,6 +139,24 @@ TEST(CurlHttpSessionTest, ANewConnectionResumesTheTlsSessionOfAnEarlierTransfer)
   // The server closed each connection, so every transfer made a handshake;
   // all but the first resumed a session instead of starting over.
   EXPECT_EQ(server.resumed(), (std::vector<bool>{false, true, true}));
+}
+
+TEST(CurlHttpSessionTest, TheTrustedCertificateFileIsReadOnceForManyConnections) {
+  OneShotTlsServer server(2, /*resumable=*/false);
+  ASSERT_TRUE(server.ready());
+  setenv("OBOLO_CA_FILE", server.caFile().c_str(), 1);
+  CurlHttpSession session;
+  ASSERT_TRUE(Get(session, server.url()).body);
+
+  // Another certificate in the file now: a session that read the file again
+  // for its second connection would no longer trust the server.
+  std::string error;
+  auto other = sandbox::SelfSignedCertificate::Create(&error);
+  ASSERT_NE(other, nullptr) << error;
+  std::filesystem::copy_file(other->pemFile(), server.caFile(), std::filesystem::copy_options::overwrite_existing);
+
+  const HttpOutcome outcome = Get(session, server.url());
+  EXPECT_TRUE(outcome.body) << outcome.errorDescription;
 }
 
 }  // namespace
