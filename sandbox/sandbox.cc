@@ -140,12 +140,9 @@ bool Sandbox::Impl::start() {
   // Idle keep-alive connections hold a worker; a short timeout keeps stop()
   // quick when a client keeps its connections pooled.
   candidate->set_keep_alive_timeout(1);
-  if (!options.keepAlive) candidate->set_keep_alive_max_count(1);
-  // An answer goes out in more than one write (headers, then body). With
-  // Nagle's algorithm on, the body waits for the client to acknowledge the
-  // headers, which a client delays by up to 40 ms: every call would take
-  // that long on loopback.
-  candidate->set_tcp_nodelay(true);
+  candidate->set_keep_alive_max_count(
+      options.keepAlive ? static_cast<std::size_t>(std::max(1, options.keepAliveMaxRequests)) : 1);
+  candidate->set_tcp_nodelay(options.tcpNoDelay);  // see SandboxOptions
   // cpp-httplib's default listening options include SO_REUSEPORT, which lets
   // a second server bind a port that is already serving and then splits the
   // connections between the two. SO_REUSEADDR alone still allows a quick
