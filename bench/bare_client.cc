@@ -29,7 +29,11 @@ BareClient::BareClient(WireRequest request) : request_(std::move(request)) {
   curl_easy_setopt(easy_, CURLOPT_POSTFIELDS, request_.body.data());
   curl_easy_setopt(easy_, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request_.body.size()));
   curl_easy_setopt(easy_, CURLOPT_WRITEFUNCTION, &Append);
-  if (!request_.caFile.empty()) curl_easy_setopt(easy_, CURLOPT_CAINFO, request_.caFile.c_str());
+  // The same trust as the kit's: the sandbox's certificate and nothing else.
+  if (!request_.caFile.empty()) {
+    curl_easy_setopt(easy_, CURLOPT_CAINFO, request_.caFile.c_str());
+    curl_easy_setopt(easy_, CURLOPT_CAPATH, nullptr);
+  }
 }
 
 BareClient::~BareClient() {
