@@ -140,7 +140,9 @@ bool Sandbox::Impl::start() {
   // Idle keep-alive connections hold a worker; a short timeout keeps stop()
   // quick when a client keeps its connections pooled.
   candidate->set_keep_alive_timeout(1);
-  if (!options.keepAlive) candidate->set_keep_alive_max_count(1);
+  candidate->set_keep_alive_max_count(
+      options.keepAlive ? static_cast<std::size_t>(std::max(1, options.keepAliveMaxRequests)) : 1);
+  candidate->set_tcp_nodelay(options.tcpNoDelay);  // see SandboxOptions
   // cpp-httplib's default listening options include SO_REUSEPORT, which lets
   // a second server bind a port that is already serving and then splits the
   // connections between the two. SO_REUSEADDR alone still allows a quick

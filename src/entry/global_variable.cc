@@ -53,11 +53,15 @@ bool GlobalVariable::isTokenValid(std::string_view token) const {
   const TokenData data = JWTDecode::shared().decode(token);
   const Date expiry = dateFromMilliseconds(data.exp.value_or(0));
   const Date now = Date::now();
-  LogLine(expiry.description());
-  LogLine(now.description());
+  // The instants are formatted only for a sink that keeps the lines.
+  const bool logged = LogLineWanted();
+  if (logged) {
+    LogLine(expiry.description());
+    LogLine(now.description());
+  }
   const auto minutes = MinutesBetween(now, expiry);
   if (!minutes) return false;
-  LogLine(std::to_string(*minutes));
+  if (logged) LogLine(std::to_string(*minutes));
   return *minutes > 0;
 }
 

@@ -57,7 +57,9 @@ void Send(HttpRequest request, SuccessRule rule, Completion<Envelope> completion
           return;
         }
         Envelope envelope = std::move(decoded).value();
-        LogLine(DescribeRecord(envelope), kEnvelopeContent<Envelope>);
+        // The description spells out the whole answer; it is built only for a
+        // sink that keeps the line.
+        if (LogLineWanted(kEnvelopeContent<Envelope>)) LogLine(DescribeRecord(envelope), kEnvelopeContent<Envelope>);
         if (rule == SuccessRule::kRequireSuccess && envelope.success != true) {
           if (onFailure) onFailure(envelope.message.value_or(""));
           return;

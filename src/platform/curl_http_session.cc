@@ -83,6 +83,7 @@ bool IsHttpSessionThread() { return on_session_thread; }
 struct CurlHttpSession::Transfer {
   HttpRequest request;
   CompletionHandler handler;
+  CURLSH* share = nullptr;  // the session's; set before Prepare()
   CURL* easy = nullptr;
   curl_slist* header_list = nullptr;
   std::string body;
@@ -138,7 +139,15 @@ struct CurlHttpSession::Transfer {
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Transfer::OnHeader);
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
-    if (!TrustedCaFile().empty()) curl_easy_setopt(easy, CURLOPT_CAINFO, TrustedCaFile().c_str());
+    if (!TrustedCaFile().empty()) {
+      // The file replaces the system's store: libcurl's default directory
+      // of trusted certificates goes too. With the file as the only source,
+      // libcurl also keeps the parsed store for later connections instead
+      // of reading the file again for every one.
+      curl_easy_setopt(easy, CURLOPT_CAINFO, TrustedCaFile().c_str());
+      curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
+    }
+    if (share != nullptr) curl_easy_setopt(easy, CURLOPT_SHARE, share);
 
     if (request.method == "GET") {
       curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
@@ -193,12 +202,25 @@ struct CurlHttpSession::Transfer {
 };
 
 struct CurlHttpSession::Core {
+  Core() {
+    // Each transfer has an easy handle of its own, and libcurl keeps TLS
+    // sessions per easy handle: without this share, every new connection
+    // (the server closed the last one) would make a full handshake instead
+    // of resuming. Only the session's thread uses the share, so it needs no
+    // lock callbacks.
+    if (share != nullptr) curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
+  }
+  // The easy handles are gone by now: the thread cleans them up before it ends.
+  ~Core() {
+    curl_multi_cleanup(multi);
+    curl_share_cleanup(share);
+  }
+
   std::mutex mutex;
   std::deque<std::unique_ptr<Transfer>> incoming;  // guarded by mutex
   bool stopping = false;                           // guarded by mutex
   CURLM* multi = curl_multi_init();
-
-  ~Core() { curl_multi_cleanup(multi); }
+  CURLSH* share = curl_share_init();
 };
 
 CurlHttpSession::CurlHttpSession() {
@@ -267,6 +289,7 @@ void CurlHttpSession::Run(std::shared_ptr<Core> core) {
     }
     for (auto& transfer : arrived) {
       Transfer* raw = transfer.get();
+      raw->share = core->share;
       running.push_back(std::move(transfer));
       if (!raw->Prepare() || curl_multi_add_handle(multi, raw->easy) != CURLM_OK) {
         HttpOutcome outcome;

@@ -7,7 +7,11 @@
 //
 // Certificates are checked against the system's store. OBOLO_CA_FILE, read once
 // at first use, names a PEM file to trust instead: the sandbox prints such a
-// file for its self-signed certificate.
+// file for its self-signed certificate. The file is read at the first
+// connection and kept for the session's later connections (a day at most).
+//
+// TLS sessions are kept for all transfers, so a new connection to a server
+// that was connected before resumes its session instead of a full handshake.
 
 #ifndef OBOLO_PLATFORM_CURL_HTTP_SESSION_H_
 #define OBOLO_PLATFORM_CURL_HTTP_SESSION_H_

@@ -38,6 +38,12 @@ LogSink WithoutCredentials(LogSink next);
 // Writes one line through the current sink. `line` carries no newline.
 void LogLine(std::string_view line, LogContent content = LogContent::kDiagnostic);
 
+// False when the current sink is known to drop lines of this content: it is
+// NullLogSink(), or WithoutCredentials() and the line is a credential. A
+// caller whose line is costly to build (a whole decoded answer) asks first;
+// any other sink, the default included, wants every line.
+bool LogLineWanted(LogContent content = LogContent::kDiagnostic);
+
 }  // namespace obolo
 
 #endif  // OBOLO_PLATFORM_LOG_H_

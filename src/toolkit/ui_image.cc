@@ -1,22 +1,49 @@
 #include "toolkit/ui_image.h"
 
 #include <fstream>
+#include <functional>
 #include <iterator>
+#include <map>
+#include <mutex>
 #include <utility>
 
 namespace obolo {
+namespace {
+
+// Named images already loaded, by file path. Checking a PNG inflates all its
+// pixels, which for the card's banner takes longer than the rest of showing
+// the card; every paywall asks for the same few images.
+struct NamedImageCache {
+  std::mutex mutex;
+  std::map<std::string, std::shared_ptr<const UIImage>, std::less<>> images;  // guarded by mutex
+};
+
+NamedImageCache& Cache() {
+  static NamedImageCache* const cache = new NamedImageCache();  // used until exit
+  return *cache;
+}
+
+}  // namespace
 
 std::shared_ptr<const UIImage> UIImage::named(std::string_view name, const std::optional<Bundle>& bundle) {
   const Bundle source = bundle ? *bundle : Bundle::main();
   auto path = source.pathForResource(name, "png");
   if (!path) return nullptr;
+  const std::string key = path->string();
+  NamedImageCache& cache = Cache();
+  {
+    std::lock_guard<std::mutex> lock(cache.mutex);
+    if (auto it = cache.images.find(key); it != cache.images.end()) return it->second;
+  }
   std::ifstream file(*path, std::ios::binary);
   if (!file) return nullptr;
   std::string data((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
   auto info = InspectImageData(data);
   if (!info) return nullptr;
-  return std::make_shared<const UIImage>(std::string(name), std::move(data), *info,
-                                         UIImageRenderingMode::automatic);
+  auto image = std::make_shared<const UIImage>(std::string(name), std::move(data), *info,
+                                               UIImageRenderingMode::automatic);
+  std::lock_guard<std::mutex> lock(cache.mutex);
+  return cache.images.try_emplace(key, std::move(image)).first->second;
 }
 
 std::shared_ptr<const UIImage> UIImage::fromData(std::string data) {

@@ -24,7 +24,10 @@ enum class UIImageRenderingMode { automatic = 0, alwaysOriginal = 1, alwaysTempl
 class UIImage {
  public:
   // The image `<bundle>/<name>.png` (the main bundle's when `bundle` is
-  // absent); null when the file is missing or is not a valid image.
+  // absent); null when the file is missing or is not a valid image. As on the
+  // platform, an image loaded by name is kept for the rest of the process and
+  // the same image is returned for that file from then on: bundle files do
+  // not change while the app runs. Callable from any thread.
   static std::shared_ptr<const UIImage> named(std::string_view name,
                                               const std::optional<Bundle>& bundle = std::nullopt);
   // An image from encoded bytes (PNG, JPEG or GIF); null unless the bytes
