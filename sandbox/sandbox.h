@@ -52,9 +52,10 @@ struct SandboxOptions {
   bool seedDefaultWorld = true;
   // Whether a connection may carry more than one request. Off by default:
   // every answer then says "Connection: close", so each request comes on a
-  // fresh connection. That keeps faults exact (libcurl silently repeats a
-  // request whose reused connection closed without any answer, which would
-  // hide a kCloseWithoutResponse fault) and lets stop() return at once.
+  // fresh connection. That keeps faults exact for any client (plain libcurl
+  // silently repeats a request whose reused connection closed without any
+  // answer, which would hide a kCloseWithoutResponse fault) and lets stop()
+  // return at once.
   bool keepAlive = false;
   // Threads serving connections. With keepAlive, an idle connection holds
   // one for up to a second.

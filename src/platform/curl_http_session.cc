@@ -2,7 +2,10 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <deque>
 #include <mutex>
 #include <string>
@@ -88,6 +91,8 @@ struct CurlHttpSession::Transfer {
   curl_slist* header_list = nullptr;
   std::string body;
   HttpHeaders response_headers;
+  std::size_t body_sent = 0;  // bytes of request.body handed to libcurl
+  bool answered = false;      // a status line arrived
   bool too_large = false;
   char error[CURL_ERROR_SIZE] = {};
 
@@ -113,6 +118,7 @@ struct CurlHttpSession::Transfer {
     std::string_view line(data, bytes);
     while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
     if (line.starts_with("HTTP/")) {
+      transfer->answered = true;
       transfer->response_headers.clear();  // a new response after a redirect or 100
     } else if (auto colon = line.find(':'); colon != std::string_view::npos) {
       std::string_view value = line.substr(colon + 1);
@@ -120,6 +126,32 @@ struct CurlHttpSession::Transfer {
       transfer->response_headers.emplace_back(std::string(line.substr(0, colon)), std::string(value));
     }
     return bytes;
+  }
+
+  // The request body goes to libcurl through these two rather than as one
+  // buffer, so that sending it again is the kit's decision and not libcurl's.
+  static size_t OnRead(char* buffer, size_t size, size_t count, void* self) {
+    auto* transfer = static_cast<Transfer*>(self);
+    const std::string& whole = transfer->request.body;
+    const size_t bytes = std::min(size * count, whole.size() - transfer->body_sent);
+    std::memcpy(buffer, whole.data() + transfer->body_sent, bytes);
+    transfer->body_sent += bytes;
+    return bytes;
+  }
+
+  // libcurl rewinds the body to send it once more. When a kept-alive
+  // connection dies after the body went out and before any answer, it would
+  // send the request again on a new connection, though the service may have
+  // acted on it already (a payment, a one-time login key, a logout): that
+  // rewind is refused and the call fails instead. A rewind before any of the
+  // body left (the connection died while the request's head went out), or
+  // after an answer (a redirect), is allowed.
+  static int OnSeek(void* self, curl_off_t offset, int origin) {
+    auto* transfer = static_cast<Transfer*>(self);
+    if (origin != SEEK_SET || offset != 0) return CURL_SEEKFUNC_CANTSEEK;
+    if (transfer->body_sent > 0 && !transfer->answered) return CURL_SEEKFUNC_FAIL;
+    transfer->body_sent = 0;
+    return CURL_SEEKFUNC_OK;
   }
 
   // Prepares the easy handle. False when libcurl cannot take the request.
@@ -153,15 +185,11 @@ struct CurlHttpSession::Transfer {
       curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
     } else {
       if (request.method != "POST") curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, request.method.c_str());
-      // A request with a body (every service call) goes on a connection of its
-      // own, closed after the answer. On a kept-alive connection libcurl sends
-      // the request again on a new connection when the old one closes without
-      // an answer, though the service may already have acted on it (a payment,
-      // a one-time login key, a logout); and a kept-alive connection that the
-      // service closed while idle can swallow a request ("Broken pipe").
-      curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
-      curl_easy_setopt(easy, CURLOPT_FORBID_REUSE, 1L);
-      curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request.body.data());
+      curl_easy_setopt(easy, CURLOPT_POST, 1L);
+      curl_easy_setopt(easy, CURLOPT_READFUNCTION, &Transfer::OnRead);
+      curl_easy_setopt(easy, CURLOPT_READDATA, this);
+      curl_easy_setopt(easy, CURLOPT_SEEKFUNCTION, &Transfer::OnSeek);
+      curl_easy_setopt(easy, CURLOPT_SEEKDATA, this);
       curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
     }
 

@@ -12,6 +12,10 @@
 //
 // TLS sessions are kept for all transfers, so a new connection to a server
 // that was connected before resumes its session instead of a full handshake.
+//
+// A request reaches the server at most once: when a reused connection dies
+// after a request body went out and before any answer, the transfer fails
+// rather than letting libcurl send the body again on a new connection.
 
 #ifndef OBOLO_PLATFORM_CURL_HTTP_SESSION_H_
 #define OBOLO_PLATFORM_CURL_HTTP_SESSION_H_

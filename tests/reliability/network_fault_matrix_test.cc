@@ -19,7 +19,7 @@
 #include "sandbox/default_world.h"
 #include "sandbox/paths.h"
 
-OBOLO_USE_SANDBOX_ENVIRONMENT();
+OBOLO_USE_KEEP_ALIVE_SANDBOX_ENVIRONMENT();
 
 namespace obolo {
 namespace {

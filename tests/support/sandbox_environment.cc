@@ -9,9 +9,9 @@ SandboxEnvironment* instance = nullptr;
 
 }  // namespace
 
-SandboxEnvironment* SandboxEnvironment::Register() {
+SandboxEnvironment* SandboxEnvironment::Register(const sandbox::SandboxOptions& options) {
   if (instance == nullptr) {
-    instance = new SandboxEnvironment;
+    instance = new SandboxEnvironment(options);
     ::testing::AddGlobalTestEnvironment(instance);
   }
   return instance;

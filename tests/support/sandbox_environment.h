@@ -15,6 +15,10 @@
 // SandboxEnvironment::sandbox() to seed state, set faults and read the
 // recorded requests.
 //
+// OBOLO_USE_KEEP_ALIVE_SANDBOX_ENVIRONMENT() is the same with a sandbox that
+// keeps connections open between requests, as a production service does, so
+// the kit reuses them.
+//
 // Under CTest every test case runs in a process of its own, so each starts
 // with the default world, no recorded requests and no faults. A test that may
 // share its process with others (the binary run by hand) and needs a fresh
@@ -32,9 +36,9 @@ namespace obolo::testing {
 class SandboxEnvironment : public ::testing::Environment {
  public:
   // Registers the program's one environment with GoogleTest (which owns it)
-  // and returns it; later calls return the same one. Safe to call during
-  // static initialisation.
-  static SandboxEnvironment* Register();
+  // and returns it; later calls return the same one, whatever their options.
+  // Safe to call during static initialisation.
+  static SandboxEnvironment* Register(const sandbox::SandboxOptions& options = {});
 
   // The program's sandbox. REQUIRES: Register() was called and the test
   // environments are set up (true inside any test).
@@ -44,7 +48,7 @@ class SandboxEnvironment : public ::testing::Environment {
   void TearDown() override;
 
  private:
-  SandboxEnvironment() = default;
+  explicit SandboxEnvironment(const sandbox::SandboxOptions& options) : sandbox_(options) {}
 
   sandbox::Sandbox sandbox_;
 };
@@ -54,5 +58,13 @@ class SandboxEnvironment : public ::testing::Environment {
 #define OBOLO_USE_SANDBOX_ENVIRONMENT()                                                           \
   [[maybe_unused]] static ::obolo::testing::SandboxEnvironment* const obolo_sandbox_environment = \
       ::obolo::testing::SandboxEnvironment::Register()
+
+#define OBOLO_USE_KEEP_ALIVE_SANDBOX_ENVIRONMENT()                                                \
+  [[maybe_unused]] static ::obolo::testing::SandboxEnvironment* const obolo_sandbox_environment = \
+      ::obolo::testing::SandboxEnvironment::Register([] {                                        \
+        ::obolo::sandbox::SandboxOptions options;                                                 \
+        options.keepAlive = true;                                                                 \
+        return options;                                                                           \
+      }())
 
 #endif  // OBOLO_TESTS_SUPPORT_SANDBOX_ENVIRONMENT_H_
