@@ -2,10 +2,7 @@
 
 #include <curl/curl.h>
 
-#include <algorithm>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <deque>
 #include <mutex>
 #include <string>
@@ -91,8 +88,8 @@ struct CurlHttpSession::Transfer {
   curl_slist* header_list = nullptr;
   std::string body;
   HttpHeaders response_headers;
-  std::size_t body_sent = 0;  // bytes of request.body handed to libcurl
-  bool answered = false;      // a status line arrived
+  bool sent = false;      // the request went out at least once
+  bool answered = false;  // a status line arrived since it last went out
   bool too_large = false;
   char error[CURL_ERROR_SIZE] = {};
 
@@ -128,30 +125,18 @@ struct CurlHttpSession::Transfer {
     return bytes;
   }
 
-  // The request body goes to libcurl through these two rather than as one
-  // buffer, so that sending it again is the kit's decision and not libcurl's.
-  static size_t OnRead(char* buffer, size_t size, size_t count, void* self) {
+  // Called each time libcurl is about to send the request. A second time
+  // without an answer in between is libcurl repeating a request whose reused
+  // connection died before any answer came, on a new connection; the service
+  // may have acted on the first one already (a payment, a one-time login key,
+  // a logout), so the transfer fails instead. A second time after an answer
+  // is a redirect, which the server asked for.
+  static int OnPrerequest(void* self, char*, char*, int, int) {
     auto* transfer = static_cast<Transfer*>(self);
-    const std::string& whole = transfer->request.body;
-    const size_t bytes = std::min(size * count, whole.size() - transfer->body_sent);
-    std::memcpy(buffer, whole.data() + transfer->body_sent, bytes);
-    transfer->body_sent += bytes;
-    return bytes;
-  }
-
-  // libcurl rewinds the body to send it once more. When a kept-alive
-  // connection dies after the body went out and before any answer, it would
-  // send the request again on a new connection, though the service may have
-  // acted on it already (a payment, a one-time login key, a logout): that
-  // rewind is refused and the call fails instead. A rewind before any of the
-  // body left (the connection died while the request's head went out), or
-  // after an answer (a redirect), is allowed.
-  static int OnSeek(void* self, curl_off_t offset, int origin) {
-    auto* transfer = static_cast<Transfer*>(self);
-    if (origin != SEEK_SET || offset != 0) return CURL_SEEKFUNC_CANTSEEK;
-    if (transfer->body_sent > 0 && !transfer->answered) return CURL_SEEKFUNC_FAIL;
-    transfer->body_sent = 0;
-    return CURL_SEEKFUNC_OK;
+    if (transfer->sent && !transfer->answered) return CURL_PREREQFUNC_ABORT;
+    transfer->sent = true;
+    transfer->answered = false;
+    return CURL_PREREQFUNC_OK;
   }
 
   // Prepares the easy handle. False when libcurl cannot take the request.
@@ -185,11 +170,9 @@ struct CurlHttpSession::Transfer {
       curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
     } else {
       if (request.method != "POST") curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, request.method.c_str());
-      curl_easy_setopt(easy, CURLOPT_POST, 1L);
-      curl_easy_setopt(easy, CURLOPT_READFUNCTION, &Transfer::OnRead);
-      curl_easy_setopt(easy, CURLOPT_READDATA, this);
-      curl_easy_setopt(easy, CURLOPT_SEEKFUNCTION, &Transfer::OnSeek);
-      curl_easy_setopt(easy, CURLOPT_SEEKDATA, this);
+      curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &Transfer::OnPrerequest);
+      curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
+      curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request.body.data());
       curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
     }
 
