@@ -137,9 +137,10 @@ bool Sandbox::Impl::start() {
 
   const std::size_t workers = static_cast<std::size_t>(std::max(2, options.workerThreads));
   candidate->new_task_queue = [workers] { return new httplib::ThreadPool(workers); };
-  // Idle keep-alive connections hold a worker; a short timeout keeps stop()
-  // quick when a client keeps its connections pooled.
-  candidate->set_keep_alive_timeout(1);
+  // An idle kept-alive connection is closed after 5 s, as common production
+  // servers do, and longer than the kit keeps reusing one (under 4 s). Idle
+  // connections hold a worker meanwhile, so stop() may wait for them.
+  candidate->set_keep_alive_timeout(options.keepAlive ? 5 : 1);
   candidate->set_keep_alive_max_count(
       options.keepAlive ? static_cast<std::size_t>(std::max(1, options.keepAliveMaxRequests)) : 1);
   candidate->set_tcp_nodelay(options.tcpNoDelay);  // see SandboxOptions

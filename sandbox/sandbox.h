@@ -58,7 +58,7 @@ struct SandboxOptions {
   // return at once.
   bool keepAlive = false;
   // Threads serving connections. With keepAlive, an idle connection holds
-  // one for up to a second.
+  // one for up to five seconds.
   int workerThreads = 16;
   // With keepAlive, the requests answered on one connection before the
   // sandbox closes it (cpp-httplib's default, 5). A production service behind

@@ -165,6 +165,12 @@ struct CurlHttpSession::Transfer {
       curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
     }
     if (share != nullptr) curl_easy_setopt(easy, CURLOPT_SHARE, share);
+    // A connection idle for 4 s or more is not reused. A server that closed
+    // it meanwhile may have left only TLS's close notice, which libcurl takes
+    // for a live connection; the request sent on it would be lost, and sending
+    // it again is refused below. Common servers keep idle connections for 5 s
+    // or more.
+    curl_easy_setopt(easy, CURLOPT_MAXAGE_CONN, 3L);
 
     if (request.method == "GET") {
       curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
