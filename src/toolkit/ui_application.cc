@@ -17,10 +17,20 @@ void UIApplication::open(const URL& url, const OpenOptions&, std::function<void(
   if (completion) MainLoop::main().post([completion = std::move(completion)] { completion(true); });
 }
 
-void UIApplication::addWindow(const std::shared_ptr<UIWindow>& window) {
-  if (window && std::find(windows_.begin(), windows_.end(), window) == windows_.end()) {
-    windows_.push_back(window);
+std::vector<std::shared_ptr<UIWindow>> UIApplication::windows() const {
+  std::vector<std::shared_ptr<UIWindow>> live;
+  for (const auto& window : windows_) {
+    if (auto strong = window.lock()) live.push_back(std::move(strong));
   }
+  return live;
+}
+
+void UIApplication::addWindow(const std::shared_ptr<UIWindow>& window) {
+  if (!window) return;
+  std::erase_if(windows_, [](const std::weak_ptr<UIWindow>& listed) { return listed.expired(); });
+  const bool listed = std::any_of(windows_.begin(), windows_.end(),
+                                  [&](const std::weak_ptr<UIWindow>& other) { return other.lock() == window; });
+  if (!listed) windows_.push_back(window);
 }
 
 void UIApplication::makeKey(const std::shared_ptr<UIWindow>& window) {

@@ -1,9 +1,10 @@
 // The application object: opening links outside the kit, and the windows.
 //
 // There is no other application to hand a link to, so open() records the
-// address (tests read openedURLs()) and reports success. The application keeps
-// the windows that were made visible, in that order; at most one is the key
-// window. Main thread only.
+// address (tests read openedURLs()) and reports success. The application lists
+// the windows that were made visible, in that order, without keeping them: as
+// on a phone, the host owns its windows, and a released one leaves the list.
+// At most one is the key window. Main thread only.
 
 #ifndef OBOLO_TOOLKIT_UI_APPLICATION_H_
 #define OBOLO_TOOLKIT_UI_APPLICATION_H_
@@ -33,7 +34,7 @@ class UIApplication {
             std::function<void(bool success)> completion = nullptr);
   const std::vector<URL>& openedURLs() const { return opened_urls_; }
 
-  std::vector<std::shared_ptr<UIWindow>> windows() const { return windows_; }
+  std::vector<std::shared_ptr<UIWindow>> windows() const;
   // The key window, or null.
   std::shared_ptr<UIWindow> keyWindow() const { return key_window_.lock(); }
 
@@ -44,7 +45,7 @@ class UIApplication {
   void makeKey(const std::shared_ptr<UIWindow>& window);
 
   std::vector<URL> opened_urls_;
-  std::vector<std::shared_ptr<UIWindow>> windows_;
+  std::vector<std::weak_ptr<UIWindow>> windows_;
   std::weak_ptr<UIWindow> key_window_;
 };
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/ui_application.h"
 #include "toolkit/ui_button.h"
 #include "toolkit/ui_view.h"
 #include "toolkit/ui_window.h"
@@ -145,6 +146,23 @@ TEST(UIControlTest, AReadersTapNeedsAControlVisibleOnScreenEnabledAndInteractive
   window->setHidden(true);
   EXPECT_FALSE(button->isVisibleOnScreen());
   EXPECT_EQ(screen->calls.size(), 1u);
+}
+
+// The host owns its windows: one it releases leaves the application's list
+// rather than living on with everything it shows.
+TEST(UIApplicationTest, ListsVisibleWindowsInOrderWithoutKeepingThem) {
+  auto first = std::make_shared<UIWindow>();
+  auto second = std::make_shared<UIWindow>();
+  first->makeKeyAndVisible();
+  second->makeKeyAndVisible();
+  first->makeKeyAndVisible();
+  EXPECT_EQ(UIApplication::shared().windows(), (std::vector<std::shared_ptr<UIWindow>>{first, second}));
+  EXPECT_TRUE(first->isKeyWindow());
+  std::weak_ptr<UIWindow> released = first;
+  first.reset();
+  EXPECT_TRUE(released.expired());
+  EXPECT_EQ(UIApplication::shared().windows(), (std::vector<std::shared_ptr<UIWindow>>{second}));
+  EXPECT_EQ(UIApplication::shared().keyWindow(), nullptr);
 }
 
 TEST(URLTest, OnlyWellFormedTextMakesAURL) {
