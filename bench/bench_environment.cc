@@ -11,12 +11,13 @@
 namespace obolo::bench {
 namespace {
 
-// The service the way a production one behaves: connections stay open for
-// many requests (cpp-httplib's default is 5), so a call is measured as a call
+// The service the way a production one behaves: connections stay open
+// between requests, for many of them (cpp-httplib's default is 5), so a call is measured as a call
 // and not as a TLS handshake every fifth time; and answers go out without
 // waiting on Nagle's algorithm (about 40 ms per call otherwise).
 sandbox::SandboxOptions BenchSandboxOptions() {
   sandbox::SandboxOptions options;
+  options.keepAlive = true;
   options.keepAliveMaxRequests = 10'000;
   options.tcpNoDelay = true;
   return options;

@@ -1,7 +1,7 @@
 // What every benchmark of obolo-bench runs against: one HTTPS sandbox on a
-// loopback port that keeps connections alive for up to 10,000 requests (1 s
-// idle) and answers with TCP_NODELAY, the kit pointed at it, a session store in a temporary
-// directory, and the kit's diagnostic lines silenced.
+// loopback port that keeps connections alive for up to 10,000 requests (5 s
+// idle) and answers with TCP_NODELAY, the kit pointed at it, a session store
+// in a temporary directory, and the kit's diagnostic lines silenced.
 //
 // The kit reads its OBOLO_* variables once, at first use, so the environment
 // is set up in main() before any benchmark (and any kit code) runs, and torn
