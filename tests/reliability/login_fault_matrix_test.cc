@@ -50,6 +50,7 @@ class LoginFaultMatrixTest : public reliability::ScreenFaultTest {
 };
 
 TEST_F(LoginFaultMatrixTest, MalformedPageMessagesNeitherCloseTheLoginNorTouchThePaywall) {
+  reliability::CaseCount cases("login screen, page messages");
   Settle();
   const PaywallLook card = PaywallLook::Of(*paywall_, host_);
   ASSERT_TRUE(card.offersCard());
@@ -74,6 +75,7 @@ TEST_F(LoginFaultMatrixTest, MalformedPageMessagesNeitherCloseTheLoginNorTouchTh
   messages.emplace_back("a huge unrelated member", json{{"padding", std::string(2 * 1024 * 1024, 'p')}});
   for (auto& [name, body] : messages) {
     SCOPED_TRACE(name);
+    ++cases;
     const std::size_t from = TransfersSoFar();
     ASSERT_TRUE(login->webview->postMessageFromPage(kLoginScriptHandlerName, std::move(body)));
     Settle();
@@ -100,6 +102,7 @@ TEST_F(LoginFaultMatrixTest, MalformedPageMessagesNeitherCloseTheLoginNorTouchTh
   };
   for (const auto& [name, deviceKey, loginKey] : closing) {
     SCOPED_TRACE(name);
+    ++cases;
     if (!paywall_->presentedViewController()) login = OpenLogin();
     ASSERT_NE(login, nullptr);
     const std::size_t from = TransfersSoFar();

@@ -161,6 +161,7 @@ class NetworkFaultMatrixTest : public reliability::ScreenFaultTest {
 };
 
 TEST_F(NetworkFaultMatrixTest, EachFaultOnEachCallReportsAsStated) {
+  reliability::CaseCount cases("NetworkManager, 9 faults x 7 calls");
   const std::string no = reliability::kRefusal;
   // Columns: logged-out bid, logged-in bid, customer bid, token refresh,
   // accept, balance, logout. Only the logged-in bid judges `success`; {}
@@ -202,6 +203,7 @@ TEST_F(NetworkFaultMatrixTest, EachFaultOnEachCallReportsAsStated) {
     SettleCalls();
     for (int call = 0; call < kCallCount; ++call) {
       SCOPED_TRACE(kCallPaths[call]);
+      ++cases;
       Reported reported = outcomes[call]();
       if (faults[row].fault.kind == sandbox::FaultKind::kSlowAnswer) reported.message.reset();
       EXPECT_EQ(reported, expected[row][call]);
@@ -217,8 +219,10 @@ TEST_F(NetworkFaultMatrixTest, EachFaultOnEachCallReportsAsStated) {
 // not an invitation to send it again: the service may have acted on it (paid,
 // spent the one-time login key, logged the device out).
 TEST_F(NetworkFaultMatrixTest, AConnectionClosedWithoutAnAnswerNeverLeadsToASecondRequest) {
+  reliability::CaseCount cases("NetworkManager, a connection closed without an answer x 7 calls");
   for (int call = 0; call < kCallCount; ++call) {
     SCOPED_TRACE(kCallPaths[call]);
+    ++cases;
     auto warm = Issue(kBalance);  // a connection that could be kept for this call
     SettleCalls();
     ASSERT_EQ(warm().closure, Reported::Closure::kCompletion);

@@ -37,12 +37,14 @@ class PaywallFaultMatrixTest : public reliability::ScreenFaultTest {
 };
 
 TEST_F(PaywallFaultMatrixTest, FaultsOnTheFirstBidLeaveTheArticleReadable) {
+  reliability::CaseCount cases("paywall, first bid (logged out, logged in)");
   for (bool loggedIn : {false, true}) {
     SCOPED_TRACE(loggedIn ? "logged-in bid" : "logged-out bid");
     if (loggedIn) reliability::StoreSession(sandbox_.createSession(seed::kReaderEmail).value());
     const char* path = loggedIn ? sandbox::kCreateLoggedInBidPath : sandbox::kCreateLoggedOutBidPath;
     for (const auto& [name, fault] : AllFaults()) {
       SCOPED_TRACE(name);
+      ++cases;
       const StoredSession session = StoredSession::Read();
       const std::int64_t publisherId = global_.publisherId();
       sandbox_.setFault(path, fault);
@@ -67,6 +69,7 @@ TEST_F(PaywallFaultMatrixTest, FaultsOnTheFirstBidLeaveTheArticleReadable) {
 }
 
 TEST_F(PaywallFaultMatrixTest, FaultsOnTheTokenRefreshFallBackOrWaitButNeverLoseTheSession) {
+  reliability::CaseCount cases("paywall, token refresh");
   // A reader whose access token has expired and whose refresh token is good.
   const auto expired = sandbox_.createSession(seed::kReaderEmail, -1min, 1h).value();
   reliability::StoreSession(expired);
@@ -78,6 +81,7 @@ TEST_F(PaywallFaultMatrixTest, FaultsOnTheTokenRefreshFallBackOrWaitButNeverLose
   const auto faults = AllFaults();
   for (std::size_t row = 0; row < faults.size(); ++row) {
     SCOPED_TRACE(faults[row].name);
+    ++cases;
     sandbox_.setFault(sandbox::kNextAccessTokenPath, faults[row].fault);
     PaywallHost host(seed::kNormalArticleUrl);
     const std::size_t from = TransfersSoFar();
@@ -110,12 +114,14 @@ TEST_F(PaywallFaultMatrixTest, FaultsOnTheTokenRefreshFallBackOrWaitButNeverLose
 }
 
 TEST_F(PaywallFaultMatrixTest, FaultsOnTheCustomerBidLeaveTheCardAndNoSession) {
+  reliability::CaseCount cases("paywall, customer bid");
   PaywallHost host(seed::kNormalArticleUrl);
   auto paywall = host.load();
   Settle();
   ASSERT_TRUE(PaywallLook::Of(*paywall, host).offersCard());
   for (const auto& [name, fault] : AllFaults()) {
     SCOPED_TRACE(name);
+    ++cases;
     const PaywallLook card = PaywallLook::Of(*paywall, host);
     sandbox_.setFault(sandbox::kCustomerBidPath, fault);
     ASSERT_TRUE(paywall->btnUnlock->tap());
@@ -146,10 +152,12 @@ TEST_F(PaywallFaultMatrixTest, FaultsOnTheCustomerBidLeaveTheCardAndNoSession) {
 }
 
 TEST_F(PaywallFaultMatrixTest, FaultsOnTheAcceptLeaveTheCardUnlessTheAnswerDecodes) {
+  reliability::CaseCount cases("paywall, accept");
   reliability::StoreSession(sandbox_.createSession(seed::kReaderEmail).value());
   const StoredSession session = StoredSession::Read();
   for (const auto& [name, fault] : AllFaults()) {
     SCOPED_TRACE(name);
+    ++cases;
     PaywallHost host(seed::kNormalArticleUrl);
     auto paywall = host.load();
     Settle();

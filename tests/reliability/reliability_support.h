@@ -10,8 +10,10 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "entry/global_variable.h"
@@ -55,6 +57,26 @@ inline std::array<NamedFault, 9> AllFaults() {
 }
 
 // The five values of the persisted session.
+// Counts a fault matrix's cases and, when the test ends, prints how many ran
+// ("fault matrix: paywall, accept: 9 cases") and records the number as the
+// test's "fault_matrix_cases" property.
+class CaseCount {
+ public:
+  explicit CaseCount(std::string matrix) : matrix_(std::move(matrix)) {}
+  CaseCount(const CaseCount&) = delete;
+  CaseCount& operator=(const CaseCount&) = delete;
+  ~CaseCount() {
+    std::printf("fault matrix: %s: %d cases\n", matrix_.c_str(), cases_);
+    std::fflush(stdout);
+    ::testing::Test::RecordProperty("fault_matrix_cases", cases_);
+  }
+  void operator++() { ++cases_; }
+
+ private:
+  std::string matrix_;
+  int cases_ = 0;
+};
+
 struct StoredSession {
   std::string deviceKey, accessToken, refreshToken, email;
   std::int64_t customerId = 0;

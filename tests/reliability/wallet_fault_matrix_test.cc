@@ -63,8 +63,10 @@ class WalletFaultMatrixTest : public reliability::ScreenFaultTest {
 };
 
 TEST_F(WalletFaultMatrixTest, FaultsOnTheBalanceKeepTheLabelAndTheSession) {
+  reliability::CaseCount cases("wallet, balance");
   for (const auto& [name, fault] : reliability::AllFaults()) {
     SCOPED_TRACE(name);
+    ++cases;
     sandbox_.setFault(sandbox::kBalanceAndArticlePath, fault);
     const std::size_t from = TransfersSoFar();
     auto wallet = OpenWallet();
@@ -83,12 +85,14 @@ TEST_F(WalletFaultMatrixTest, FaultsOnTheBalanceKeepTheLabelAndTheSession) {
 }
 
 TEST_F(WalletFaultMatrixTest, FaultsOnTheLogoutKeepTheWalletOpenAndTheSessionUntilAnAnswerDecodes) {
+  reliability::CaseCount cases("wallet, logout");
   auto wallet = OpenWallet();
   ASSERT_NE(wallet, nullptr);
   Settle();
   ASSERT_EQ(Balance(*wallet), "EUR 10.0");
   for (const auto& [name, fault] : reliability::AllFaults()) {
     SCOPED_TRACE(name);
+    ++cases;
     sandbox_.setFault(sandbox::kLogoutDevicePath, fault);
     const std::size_t from = TransfersSoFar();
     ASSERT_TRUE(wallet->btnLogout->tap());
