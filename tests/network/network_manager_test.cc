@@ -9,6 +9,7 @@
 
 #include "entry/global_variable.h"
 #include "network/api.h"
+#include "sandbox/default_world.h"
 #include "sandbox/paths.h"
 #include "support/call_probe.h"
 #include "support/log_capture.h"
@@ -22,12 +23,14 @@ namespace {
 
 using nlohmann::json;
 using testing::CallProbe;
+namespace seed = sandbox::seed;
 
 class NetworkManagerTest : public ::testing::Test {
  protected:
   testing::TemporaryStore store_;
   sandbox::Sandbox& sandbox_ = testing::SandboxEnvironment::sandbox();
   NetworkManager& network_ = NetworkManager::shared();
+  GlobalVariable& global_ = GlobalVariable::shared();
 };
 
 TEST_F(NetworkManagerTest, EachCallSendsItsMethodHeadersAndBody) {
@@ -95,6 +98,89 @@ TEST_F(NetworkManagerTest, EachCallSendsItsMethodHeadersAndBody) {
               call.bearer ? std::optional<std::string>("Bearer header.payload.signature") : std::nullopt);
     EXPECT_EQ(json::parse(received[0].body), call.body);
   }
+}
+
+// The seven calls in the order a reader's purchase makes them: the records
+// decode, the session the customer bid hands out works for the rest, and the
+// balance moves by the price.
+TEST_F(NetworkManagerTest, AWholePurchaseAndLogoutOverTheProtocol) {
+  CreateLoggedBidParam bidParam;
+  bidParam.articleUrl = seed::kNormalArticleUrl;
+  bidParam.category = seed::kCategory;
+  bidParam.publisherDomain = seed::kPublisherDomain;
+  CallProbe<OboloData> loggedOut;
+  network_.createLoggedOutBid(bidParam, loggedOut.completion(), loggedOut.onFailure());
+  ASSERT_TRUE(loggedOut.wait());
+  EXPECT_TRUE(loggedOut.ranOnSessionThread()) << "not on the main loop";
+  ASSERT_TRUE(loggedOut.envelope() && loggedOut.envelope()->data);
+  const DataSet offer = *loggedOut.envelope()->data;
+  ASSERT_TRUE(offer.oboloBidId && offer.paywallSettings);
+  EXPECT_EQ(offer.publisherId, seed::kPublisherId);
+  EXPECT_EQ(offer.unlocked, false);
+
+  const auto keys = sandbox_.issueLoginKeys(seed::kReaderEmail).value();
+  CustomerBidParam customerParam;
+  customerParam.deviceKey = keys.deviceKey;
+  customerParam.oboloBidId = *offer.oboloBidId;
+  customerParam.loginToken = keys.loginKey;
+  CallProbe<OboloData> customer;
+  network_.customerBid(customerParam, customer.completion(), customer.onFailure());
+  ASSERT_TRUE(customer.wait());
+  const auto info = customer.envelope()->data->customerInfo.value();
+  EXPECT_EQ(info.customer->id, seed::kReaderId);
+  EXPECT_EQ(info.customer->email, seed::kReaderEmail);
+  global_.setAccessToken(info.accessToken.value());
+  global_.setDeviceKey(info.deviceKey.value());
+  global_.setRefreshToken(info.refreshToken.value());
+  global_.setEmail(seed::kReaderEmail);
+  global_.setCustomerId(seed::kReaderId);
+
+  bidParam.accessKey = seed::kPublisherAccessKey;
+  bidParam.customerId = seed::kReaderId;
+  CallProbe<OboloData> loggedIn;
+  network_.createLoggedInBid(bidParam, loggedIn.completion(), loggedIn.onFailure());
+  ASSERT_TRUE(loggedIn.wait());
+  ASSERT_FALSE(loggedIn.failure()) << *loggedIn.failure();
+  const DataSet bid = *loggedIn.envelope()->data;
+  EXPECT_EQ(bid.customerBalance, seed::kReaderBalance);
+
+  AcceptBidParam acceptParam;
+  acceptParam.oboloBidId = bid.oboloBidId.value();
+  acceptParam.oboloTransactionMode = bid.oboloTransactionMode.value();
+  CallProbe<OboloData> accept;
+  network_.acceptBid(acceptParam, accept.completion(), accept.onFailure());
+  ASSERT_TRUE(accept.wait());
+  EXPECT_EQ(accept.envelope()->data->unlocked, true);
+
+  NextTokenParam tokenParam;
+  tokenParam.deviceKey = global_.getDeviceKey();
+  tokenParam.email = seed::kReaderEmail;
+  tokenParam.refreshToken = global_.getRefreshToken();
+  CallProbe<NextTokenData> token;
+  network_.getNextAccessToken(tokenParam, token.completion(), token.onFailure());
+  ASSERT_TRUE(token.wait());
+  ASSERT_TRUE(token.envelope()->data && token.envelope()->data->accessToken);
+  global_.setAccessToken(*token.envelope()->data->accessToken);
+
+  BalanceAndArticleParam balanceParam;
+  balanceParam.customerId = seed::kReaderId;
+  balanceParam.publisherId = seed::kPublisherId;
+  CallProbe<BalanceAndArticleData> balance;
+  network_.getBalanceAndArticles(balanceParam, balance.completion(), balance.onFailure());
+  ASSERT_TRUE(balance.wait());
+  const BADataSet wallet = balance.envelope()->data.value();
+  EXPECT_DOUBLE_EQ(wallet.balance.value(), seed::kReaderBalance - seed::kNormalArticlePrice);
+  EXPECT_EQ(wallet.currency, seed::kCurrency);
+  EXPECT_TRUE(wallet.recommendations.has_value());
+
+  LogoutParam logoutParam;
+  logoutParam.deviceKey = global_.getDeviceKey();
+  logoutParam.email = seed::kReaderEmail;
+  CallProbe<LogoutData> logout;
+  network_.logout(logoutParam, logout.completion(), logout.onFailure());
+  ASSERT_TRUE(logout.wait());
+  EXPECT_TRUE(logout.envelope()->data);
+  EXPECT_EQ(sandbox_.isDeviceLoggedOut(global_.getDeviceKey()), true);
 }
 
 TEST_F(NetworkManagerTest, CallsOverlap) {

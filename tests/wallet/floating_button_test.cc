@@ -100,6 +100,35 @@ TEST_F(FloatingButtonTest, ADragMovesByEachIncrementAndGlidesToASocketWhenLetGo)
   }
 }
 
+// Let go exactly between two sockets, the button rests on the one listed
+// first (left top, left bottom, right top, left middle, right middle, right
+// bottom).
+TEST_F(FloatingButtonTest, LetGoHalfwayBetweenTwoSocketsRestsOnTheOneListedFirst) {
+  struct Row {
+    CGPoint letGo;
+    CGPoint rest;
+  };
+  const std::vector<Row> rows = {
+      {{39, 242}, {39, 74}},     // left top and left middle
+      {{39, 590}, {39, 770}},    // left middle and left bottom: left bottom is listed first
+      {{195, 74}, {39, 74}},     // left top and right top
+      {{351, 590}, {351, 410}},  // right middle and right bottom
+      {{195, 770}, {39, 770}},   // left bottom and right bottom
+  };
+  addFloatingButton(*host, 0);
+  auto button = floatingButton(*host);
+  auto pan = Panner(*button);
+  ASSERT_NE(pan, nullptr);
+  for (const Row& row : rows) {
+    SCOPED_TRACE(::testing::Message() << row.letGo);
+    const CGPoint from = button->center();
+    pan->simulate(UIGestureRecognizerState::began, CGPoint{row.letGo.x - from.x, row.letGo.y - from.y});
+    ASSERT_EQ(button->center(), row.letGo);
+    pan->simulate(UIGestureRecognizerState::ended);
+    EXPECT_EQ(button->center(), row.rest);
+  }
+}
+
 // --- Showing and removing ----------------------------------------------------
 
 TEST_F(FloatingButtonTest, ShowsOnlyWhenTheDelayHasPassed) {
