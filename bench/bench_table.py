@@ -38,6 +38,36 @@ ROWS = [
      "same set-up, no reader", None, "peak_rss_kib"),
     ("5b. peak RSS, demo purchase", "BM_PeakRss_DemoPurchase", "BM_PeakRss_DemoHelp",
      "obolo-demo --help", None, "peak_rss_kib"),
+    ("6. main loop held: a logo arrives (PNG)", "BM_MainLoopHeld_Logo", "BM_MainLoopHeld_EmptyTurn",
+     "one empty main-loop turn", None, "time"),
+    ("6b. main loop held: a decompression bomb arrives", "BM_MainLoopHeld_Bomb", "BM_MainLoopHeld_EmptyTurn",
+     "one empty main-loop turn", None, "time"),
+    ("6c. main loop held: JPEG claiming 65000²", "BM_MainLoopHeld_HugeJpegHeader", "BM_MainLoopHeld_EmptyTurn",
+     "one empty main-loop turn", None, "time"),
+    ("6d. main loop held: WebP claiming 16384²", "BM_MainLoopHeld_HugeWebpHeader", "BM_MainLoopHeld_EmptyTurn",
+     "one empty main-loop turn", None, "time"),
+    ("6e. inflating the bomb in full (before)", "BM_ImageBomb_InflateInFull", "BM_MainLoopHeld_EmptyTurn",
+     "one empty main-loop turn", None, "time"),
+    ("7. decode 512² PNG (session thread)", "BM_DecodeImage_Png", "BM_DecodeImage_CopyPixels",
+     "copying the pixels once", None, "time"),
+    ("7b. decode 512² JPEG", "BM_DecodeImage_Jpeg", "BM_DecodeImage_CopyPixels",
+     "copying the pixels once", None, "time"),
+    ("7c. decode 512² WebP (lossy)", "BM_DecodeImage_Webp", "BM_DecodeImage_CopyPixels",
+     "copying the pixels once", None, "time"),
+    ("7d. decode 512² GIF", "BM_DecodeImage_Gif", "BM_DecodeImage_CopyPixels",
+     "copying the pixels once", None, "time"),
+    ("7e. decode 4096×2048 PNG (the limit)", "BM_DecodeImage_LargestPng", "BM_DecodeImage_CopyLargestPixels",
+     "copying the pixels once", None, "time"),
+    ("7f. refuse the bomb (session thread)", "BM_DecodeImage_RefuseBomb", "BM_ImageBomb_InflateInFull",
+     "inflating it in full", None, "time"),
+]
+
+# (what, benchmarks, counter in µs, limit in µs): the longest value any
+# repetition of the benchmarks reported, against an absolute limit.
+LIMITS = [
+    ("longest main-loop turn for an arriving image (6 to 6d)",
+     ["BM_MainLoopHeld_Logo", "BM_MainLoopHeld_Bomb", "BM_MainLoopHeld_HugeJpegHeader",
+      "BM_MainLoopHeld_HugeWebpHeader"], "longest_us", 50_000),
 ]
 
 TO_NS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
@@ -78,6 +108,16 @@ def show(number, metric):
     return f"{number:.3g} ns"
 
 
+def ratio_text(ratio):
+    if ratio is None:
+        return "n/a"
+    if ratio >= 1000:
+        return f"{ratio:,.0f}×"
+    if ratio < 0.01:
+        return f"1/{1 / ratio:,.0f}"
+    return f"{ratio:.2f}×"
+
+
 def spread(entries, metric):
     cv = value(entries, "cv", metric) if entries else None
     return "" if cv is None else f" ±{cv * 100:.0f}%"
@@ -105,7 +145,7 @@ def main(argv):
             show(kit_median, metric) + spread(kit_entries, metric),
             described,
             show(reference_median, metric) + spread(reference_entries, metric),
-            "n/a" if ratio is None else f"{ratio:.2f}×",
+            ratio_text(ratio),
             "—" if target is None else f"≤ {target:.2f}×",
             met,
         ])
@@ -125,6 +165,14 @@ def main(argv):
         for row in [header] + lines:
             print("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip())
     print()
+    for what, benchmarks, counter, limit in LIMITS:
+        values = [value(found.get(name, {}), "max", counter) for name in benchmarks]
+        values = [v for v in values if v is not None]
+        if not values:
+            continue
+        longest = max(values)
+        verdict = "met" if longest <= limit else "MISSED"
+        print(f"{what}: {show(longest * 1e3, 'time')} (limit {show(limit * 1e3, 'time')}): {verdict}")
     print(note)
     return 0
 
