@@ -119,6 +119,47 @@ std::string WriteCmykJpeg(int size, const unsigned char cmyk[4]) {
   return jpeg;
 }
 
+// An 8 x 8 grey progressive JPEG of many scans: the DC coefficients in
+// one, then each of the 63 AC coefficients in a scan of its own (64 scans),
+// at half precision when asked to refine, and then all of it refined to
+// full precision in a second round (128 scans).
+std::string WriteManyScanJpeg(bool refine) {
+  jpeg_compress_struct cinfo{};
+  jpeg_error_mgr errors{};
+  cinfo.err = jpeg_std_error(&errors);
+  jpeg_create_compress(&cinfo);
+  unsigned char* output = nullptr;
+  unsigned long output_size = 0;
+  jpeg_mem_dest(&cinfo, &output, &output_size);
+  cinfo.image_width = 8;
+  cinfo.image_height = 8;
+  cinfo.input_components = 1;
+  cinfo.in_color_space = JCS_GRAYSCALE;
+  jpeg_set_defaults(&cinfo);
+  std::vector<jpeg_scan_info> scans;
+  const int shift = refine ? 1 : 0;
+  scans.push_back({1, {0}, 0, 0, 0, shift});
+  for (int k = 1; k < 64; ++k) scans.push_back({1, {0}, k, k, 0, shift});
+  if (refine) {
+    scans.push_back({1, {0}, 0, 0, 1, 0});
+    for (int k = 1; k < 64; ++k) scans.push_back({1, {0}, k, k, 1, 0});
+  }
+  cinfo.scan_info = scans.data();
+  cinfo.num_scans = static_cast<int>(scans.size());
+  jpeg_start_compress(&cinfo, TRUE);
+  std::vector<unsigned char> row(8);
+  for (int y = 0; y < 8; ++y) {
+    for (int x = 0; x < 8; ++x) row[x] = static_cast<unsigned char>(x * 30 + y * 3);
+    JSAMPROW rows[] = {row.data()};
+    jpeg_write_scanlines(&cinfo, rows, 1);
+  }
+  jpeg_finish_compress(&cinfo);
+  jpeg_destroy_compress(&cinfo);
+  std::string jpeg(reinterpret_cast<char*>(output), output_size);
+  std::free(output);
+  return jpeg;
+}
+
 int AppendGifBytes(GifFileType* gif, const GifByteType* data, int length) {
   static_cast<std::string*>(gif->UserData)->append(reinterpret_cast<const char*>(data), length);
   return length;
@@ -286,6 +327,13 @@ TEST(ImageDecoderTest, AFourColourJpegShowsItsColours) {
   EXPECT_EQ(image->width, 16u);
   EXPECT_LE(ChannelDistance(PixelAt(*image, 5, 5), Argb(255, 255, 0, 0)), 4)
       << std::hex << PixelAt(*image, 5, 5);
+}
+
+TEST(ImageDecoderTest, AProgressiveJpegOfTooManyScansIsRefused) {
+  // Each scan is a pass over the whole image: a few kilobytes of scans could
+  // keep a decoder busy for seconds. 64 scans are within reason, 128 not.
+  EXPECT_TRUE(DecodeImage(WriteManyScanJpeg(false)).has_value());
+  EXPECT_FALSE(DecodeImage(WriteManyScanJpeg(true)).has_value());
 }
 
 TEST(ImageDecoderTest, ImagesBeyondThePixelLimitAreRefusedAndThoseWithinItDecode) {
