@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "entry/global_variable.h"
+#include "entry/user_default_key.h"
 
 namespace obolo::testing {
 
@@ -31,6 +32,14 @@ StoredSession StoredSession::Read() {
   const GlobalVariable& global = GlobalVariable::shared();
   return {global.getDeviceKey(), global.getAccessToken(), global.getRefreshToken(), global.getEmail(),
           global.getCustomerId()};
+}
+
+StoredSession StoredSession::ReadFrom(std::shared_ptr<PreferenceStore> store) {
+  const UserDefaults defaults(std::move(store));
+  const auto id = defaults.object(UserDefaultKey::customerId);
+  return {defaults.string(UserDefaultKey::deviceKey), defaults.string(UserDefaultKey::accessToken),
+          defaults.string(UserDefaultKey::refreshToken), defaults.string(UserDefaultKey::email),
+          id ? IntegerReading(*id) : 0};
 }
 
 void PrintTo(const StoredSession& s, std::ostream* out) {

@@ -38,7 +38,10 @@ struct StoredSession {
   std::string deviceKey, accessToken, refreshToken, email;
   std::int64_t customerId = 0;
 
+  // Through GlobalVariable, from the standard store.
   static StoredSession Read();
+  // The same readings from `store`.
+  static StoredSession ReadFrom(std::shared_ptr<PreferenceStore> store);
   static StoredSession Of(const sandbox::SessionKeys& keys) {
     return {keys.deviceKey, keys.accessToken, keys.refreshToken, keys.email, keys.customerId};
   }
