@@ -39,7 +39,8 @@ std::optional<PreferenceValue> ValueOfRow(sqlite3_stmt* row) {
     case SQLITE_BLOB: {
       const auto* bytes = static_cast<const char*>(sqlite3_column_blob(row, 1));
       const int size = sqlite3_column_bytes(row, 1);
-      return PreferenceValue(bytes == nullptr ? std::string() : std::string(bytes, static_cast<size_t>(size)));
+      return PreferenceValue(bytes == nullptr ? std::string()
+                                              : std::string(bytes, static_cast<size_t>(size)));
     }
     default:
       return std::nullopt;  // NULL: treated as absent
@@ -67,11 +68,12 @@ int SqlitePreferenceFile::open(std::chrono::milliseconds budget) {
     deadline_ = std::chrono::steady_clock::now() + budget;
     rc = sqlite3_exec(db_, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr);
   }
-  // The file leaves WAL mode only when no other connection has it open;
-  // until then it is used as it is and switched after each write.
-  if (rc == SQLITE_OK) rc = LeaveWal();
   if (rc == SQLITE_OK) rc = sqlite3_exec(db_, kSchema, nullptr, nullptr, nullptr);
   if (rc == SQLITE_OK) rc = Prepare();
+  // Only a file known to be the store's own is switched. It leaves WAL mode
+  // only when no other connection has it open; until then it is used as it
+  // is and switched after each write.
+  if (rc == SQLITE_OK) rc = LeaveWal();
   if (rc != SQLITE_OK) close();
   return rc;
 }
@@ -195,7 +197,8 @@ int SqlitePreferenceFile::LeaveWal() {
   std::string mode;
   int rc = QueryText("PRAGMA journal_mode=DELETE", mode);
   // Another connection keeps the file in WAL mode: use it so for now.
-  if (IsContention(rc) && QueryText("PRAGMA journal_mode", mode) == SQLITE_OK && mode == "wal") rc = SQLITE_OK;
+  if (IsContention(rc) && QueryText("PRAGMA journal_mode", mode) == SQLITE_OK && mode == "wal")
+    rc = SQLITE_OK;
   if (rc == SQLITE_OK) wal_ = mode == "wal";
   return rc;
 }

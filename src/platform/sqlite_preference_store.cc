@@ -22,8 +22,9 @@ using std::chrono::milliseconds;
 constexpr milliseconds kNoWait{0};
 // The retry thread's first wait after a refusal, doubled after each refused
 // attempt up to a cap: a lock another process holds is usually let go soon,
-// so it is tried at least four times a second; the other causes (read-only,
-// full, damaged) wait for someone to act and are tried every two seconds.
+// so the file is taken up within a quarter of a second of its release; the
+// other causes (read-only, full, damaged) wait for someone to act, and an
+// attempt every two seconds costs nothing worth saving.
 constexpr milliseconds kFirstRetry{10};
 constexpr milliseconds kContendedRetryCap{250};
 constexpr milliseconds kRetryCap{2000};
@@ -228,7 +229,9 @@ std::optional<PreferenceValue> SqlitePreferenceStore::object(std::string_view ke
   return core_->Read(key);
 }
 
-void SqlitePreferenceStore::set(std::string_view key, const PreferenceValue& value) { core_->Write(key, value); }
+void SqlitePreferenceStore::set(std::string_view key, const PreferenceValue& value) {
+  core_->Write(key, value);
+}
 
 void SqlitePreferenceStore::removeObject(std::string_view key) { core_->Write(key, std::nullopt); }
 

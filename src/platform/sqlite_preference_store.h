@@ -14,8 +14,12 @@
 // - a write still takes effect for this process at once: it is kept in memory,
 //   every later read of its key sees it, and it is written out by the store's
 //   retry thread, the latest value of each key, removals included, in one
-//   transaction, as soon as the file accepts writes again. A write still
-//   pending when the process ends is lost.
+//   transaction, as soon as the file accepts writes again. The thread tries
+//   10 ms after the refusal, then at doubling intervals up to 250 ms while
+//   another process holds the file and up to 2 s for the other causes, which
+//   wait for someone to act. What it writes wins over what another process
+//   wrote to the same keys meanwhile. A write still pending when the process
+//   ends is lost.
 // - a read answers from memory: the last value this process wrote or read
 //   for the key, none when it knows of none.
 // - one line goes through the log seam when the file starts refusing, and no

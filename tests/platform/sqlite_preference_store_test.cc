@@ -1,6 +1,7 @@
 #include "platform/sqlite_preference_store.h"
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <filesystem>
 #include <fstream>
@@ -8,8 +9,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include <sqlite3.h>
 
 #include "support/log_capture.h"
 #include "support/store_files.h"
@@ -79,7 +78,8 @@ TEST_F(SqlitePreferenceStoreTest, AFileThatIsNotADatabaseYetIsTakenUpOnceItIsOne
   EXPECT_EQ(store.object("hostSetting"), PreferenceValue(std::string("from the restored file")));
   const std::string copy = testing::CopyFileAlone(path_);
   EXPECT_EQ(testing::ValueInFile(copy, "accessToken"), PreferenceValue(std::string("written meanwhile")));
-  EXPECT_EQ(testing::ValueInFile(copy, "hostSetting"), PreferenceValue(std::string("from the restored file")));
+  EXPECT_EQ(testing::ValueInFile(copy, "hostSetting"),
+            PreferenceValue(std::string("from the restored file")));
 }
 
 // A backup or a migration copies the documented file and nothing beside it.
@@ -106,13 +106,14 @@ TEST_F(SqlitePreferenceStoreTest, AFileLeftInWalModeIsTakenUpAndMadeSelfContaine
     std::filesystem::create_directories(std::filesystem::path(path_).parent_path());
     sqlite3* earlier = nullptr;
     ASSERT_EQ(sqlite3_open(path_.c_str(), &earlier), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(earlier,
-                           "PRAGMA journal_mode=WAL;"
-                           "CREATE TABLE preferences (key TEXT PRIMARY KEY NOT NULL, kind INTEGER NOT NULL, value)"
-                           " WITHOUT ROWID;"
-                           "INSERT INTO preferences VALUES ('refreshToken', 3, 'from the earlier build');",
-                           nullptr, nullptr, nullptr),
-              SQLITE_OK);
+    ASSERT_EQ(
+        sqlite3_exec(earlier,
+                     "PRAGMA journal_mode=WAL;"
+                     "CREATE TABLE preferences (key TEXT PRIMARY KEY NOT NULL, kind INTEGER NOT NULL, value)"
+                     " WITHOUT ROWID;"
+                     "INSERT INTO preferences VALUES ('refreshToken', 3, 'from the earlier build');",
+                     nullptr, nullptr, nullptr),
+        SQLITE_OK);
     if (!still_open_elsewhere) {
       // The earlier process ended without a checkpoint: the -wal alone holds the token.
       sqlite3_db_config(earlier, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
@@ -126,7 +127,8 @@ TEST_F(SqlitePreferenceStoreTest, AFileLeftInWalModeIsTakenUpAndMadeSelfContaine
     store.set("accessToken", std::string("access"));
 
     const std::string copy = testing::CopyFileAlone(path_);
-    EXPECT_EQ(testing::ValueInFile(copy, "refreshToken"), PreferenceValue(std::string("from the earlier build")));
+    EXPECT_EQ(testing::ValueInFile(copy, "refreshToken"),
+              PreferenceValue(std::string("from the earlier build")));
     EXPECT_EQ(testing::ValueInFile(copy, "accessToken"), PreferenceValue(std::string("access")));
     EXPECT_EQ(std::filesystem::exists(path_ + "-wal"), still_open_elsewhere);
     sqlite3_close(earlier);

@@ -2,8 +2,8 @@
 // reader's session still reads back at once, logout still logs out, and once
 // the file accepts writes again it alone holds the latest session.
 
-#include <gtest/gtest.h>
 #include <grp.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -61,8 +61,8 @@ class StoreRefusalTest : public ::testing::Test {
 };
 
 TEST_F(StoreRefusalTest, ASessionWrittenWhileTheFileRefusesReadsBackAtOnceAndReachesTheFileLater) {
-  const FileFault faults[] = {FileFault::kDiskFull,       FileFault::kIoError,
-                              FileFault::kReadOnly,       FileFault::kHeldForWriting,
+  const FileFault faults[] = {FileFault::kDiskFull,        FileFault::kIoError,
+                              FileFault::kReadOnly,        FileFault::kHeldForWriting,
                               FileFault::kHeldExclusively, FileFault::kDamagedPages};
   for (const FileFault fault : faults) {
     for (const bool ends_logged_in : {true, false}) {
@@ -119,7 +119,8 @@ TEST_F(StoreRefusalTest, EachEpisodeOfRefusalsIsLoggedOnce) {
 }
 
 TEST_F(StoreRefusalTest, AFileRefusingFromStartUpIsTakenUpWithTheWritesMadeMeanwhileOnTop) {
-  for (const FileFault fault : {FileFault::kHeldExclusively, FileFault::kReadOnly, FileFault::kDamagedPages}) {
+  for (const FileFault fault :
+       {FileFault::kHeldExclusively, FileFault::kReadOnly, FileFault::kDamagedPages}) {
     SCOPED_TRACE(testing::FileFaultName(fault));
     std::filesystem::remove(path_);
     OpenWith(NumberedSession(0));
@@ -148,6 +149,7 @@ TEST_F(StoreRefusalTest, AFileRefusingFromStartUpIsTakenUpWithTheWritesMadeMeanw
 
 TEST_F(StoreRefusalTest, ThreadsWritingWhileTheFileComesAndGoesLeaveTheLatestValueOfEachKey) {
   auto store = OpenWith({});
+  testing::LogCapture log;
   constexpr int kWrites = 40;
   std::atomic<int> running{3};
   std::vector<std::thread> writers;
@@ -166,8 +168,9 @@ TEST_F(StoreRefusalTest, ThreadsWritingWhileTheFileComesAndGoesLeaveTheLatestVal
     });
   }
   // The file refuses and accepts in turn until the writers are done.
-  const FileFault faults[] = {FileFault::kHeldExclusively, FileFault::kNone, FileFault::kDiskFull,
-                              FileFault::kNone, FileFault::kHeldForWriting, FileFault::kNone};
+  const FileFault faults[] = {FileFault::kHeldExclusively, FileFault::kNone,
+                              FileFault::kDiskFull,        FileFault::kNone,
+                              FileFault::kHeldForWriting,  FileFault::kNone};
   for (int turn = 0; running > 0; ++turn) {
     testing::InjectFileFault(faults[turn % std::size(faults)]);
     std::this_thread::yield();
@@ -176,9 +179,11 @@ TEST_F(StoreRefusalTest, ThreadsWritingWhileTheFileComesAndGoesLeaveTheLatestVal
   testing::InjectFileFault(FileFault::kNone);
   testing::WaitUntil([&] { return !store->hasPendingWrites(); });
 
+  EXPECT_FALSE(testing::StoreLines(log).empty());  // the file did refuse
   const std::string copy = testing::CopyFileAlone(path_);
   for (int t = 0; t < 3; ++t) {
-    EXPECT_EQ(testing::ValueInFile(copy, "key" + std::to_string(t)), PreferenceValue(std::int64_t{kWrites - 1}));
+    EXPECT_EQ(testing::ValueInFile(copy, "key" + std::to_string(t)),
+              PreferenceValue(std::int64_t{kWrites - 1}));
   }
 }
 
@@ -217,8 +222,8 @@ TEST_F(StoreRefusalTest, ADamagedFileIsNeverOverwrittenAndTheSessionLivesOnInMem
 std::string ReadOnlyScenario(const std::string& directory, bool directory_read_only) {
   if (geteuid() == 0) {
     constexpr uid_t kNobody = 65534;
-    if (chown(directory.c_str(), kNobody, kNobody) != 0 || setgroups(0, nullptr) != 0 || setgid(kNobody) != 0 ||
-        setuid(kNobody) != 0) {
+    if (chown(directory.c_str(), kNobody, kNobody) != 0 || setgroups(0, nullptr) != 0 ||
+        setgid(kNobody) != 0 || setuid(kNobody) != 0) {
       return "cannot leave root";
     }
   }
@@ -254,7 +259,8 @@ std::string ReadOnlyScenario(const std::string& directory, bool directory_read_o
   if (chmod(refusing.c_str(), writable) != 0) return "chmod back";
   testing::WaitUntil([&] { return !store->hasPendingWrites(); });
   expect(StoredSession::Read() == NumberedSession(2), "the latest session reads back");
-  expect(testing::SessionInFile(testing::CopyFileAlone(path)) == NumberedSession(2), "the file alone holds it");
+  expect(testing::SessionInFile(testing::CopyFileAlone(path)) == NumberedSession(2),
+         "the file alone holds it");
   expect(testing::StoreLines(log).size() == 1, "still one line");
   PreferenceStore::setStandard(nullptr);
   return failures;

@@ -11,7 +11,7 @@ namespace obolo::testing {
 namespace {
 
 constexpr const char* kName = "obolo-faulty";
-constexpr sqlite3_int64 kPageSize = 4096;  // SQLite's default, which the store keeps
+constexpr sqlite3_int64 kPageSize = 4096;     // SQLite's default, which the store keeps
 constexpr sqlite3_int64 kChangeCounter = 24;  // offset of the file change counter in the header
 
 std::atomic<FileFault> current{FileFault::kNone};
@@ -118,9 +118,25 @@ int Unfetch(sqlite3_file* file, sqlite3_int64 offset, void* pointer) {
 }
 
 const sqlite3_io_methods kMethods = {
-    3,         Close,      Read,      Write,    Truncate, Sync,    FileSize,
-    Lock,      Unlock,     CheckReservedLock, FileControl, SectorSize, DeviceCharacteristics,
-    ShmMap,    ShmLock,    ShmBarrier, ShmUnmap, Fetch,   Unfetch,
+    3,
+    Close,
+    Read,
+    Write,
+    Truncate,
+    Sync,
+    FileSize,
+    Lock,
+    Unlock,
+    CheckReservedLock,
+    FileControl,
+    SectorSize,
+    DeviceCharacteristics,
+    ShmMap,
+    ShmLock,
+    ShmBarrier,
+    ShmUnmap,
+    Fetch,
+    Unfetch,
 };
 
 int Open(sqlite3_vfs* vfs, sqlite3_filename name, sqlite3_file* file, int flags, int* out_flags) {
@@ -156,7 +172,9 @@ void (*DlSym(sqlite3_vfs* vfs, void* handle, const char* symbol))(void) {
   return RealVfs(vfs)->xDlSym(RealVfs(vfs), handle, symbol);
 }
 void DlClose(sqlite3_vfs* vfs, void* handle) { RealVfs(vfs)->xDlClose(RealVfs(vfs), handle); }
-int Randomness(sqlite3_vfs* vfs, int size, char* out) { return RealVfs(vfs)->xRandomness(RealVfs(vfs), size, out); }
+int Randomness(sqlite3_vfs* vfs, int size, char* out) {
+  return RealVfs(vfs)->xRandomness(RealVfs(vfs), size, out);
+}
 int Sleep(sqlite3_vfs* vfs, int microseconds) { return RealVfs(vfs)->xSleep(RealVfs(vfs), microseconds); }
 int CurrentTime(sqlite3_vfs* vfs, double* out) { return RealVfs(vfs)->xCurrentTime(RealVfs(vfs), out); }
 int GetLastError(sqlite3_vfs* vfs, int size, char* out) {
@@ -171,9 +189,27 @@ sqlite3_vfs* Register() {
   sqlite3_vfs* real = sqlite3_vfs_find(nullptr);
   if (real == nullptr || real->iVersion < 2) std::abort();
   static sqlite3_vfs vfs = {
-      2,       0,       0,          nullptr,      kName,        nullptr,    Open,
-      Delete,  Access,  FullPathname, DlOpen,     DlError,      DlSym,      DlClose,
-      Randomness, Sleep, CurrentTime, GetLastError, CurrentTimeInt64, nullptr, nullptr,
+      2,
+      0,
+      0,
+      nullptr,
+      kName,
+      nullptr,
+      Open,
+      Delete,
+      Access,
+      FullPathname,
+      DlOpen,
+      DlError,
+      DlSym,
+      DlClose,
+      Randomness,
+      Sleep,
+      CurrentTime,
+      GetLastError,
+      CurrentTimeInt64,
+      nullptr,
+      nullptr,
       nullptr,
   };
   vfs.szOsFile = static_cast<int>(sizeof(FaultyFile)) + real->szOsFile;

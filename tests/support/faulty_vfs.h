@@ -12,12 +12,12 @@ namespace obolo::testing {
 
 enum class FileFault {
   kNone,
-  kDiskFull,           // every write and truncation: SQLITE_FULL
-  kIoError,            // every write and sync: SQLITE_IOERR_WRITE / _FSYNC
-  kReadOnly,           // the database opens read-only, no journal can be created
-  kHeldForWriting,     // another process holds the write lock: reads work, writes are busy
-  kHeldExclusively,    // another process holds every lock: reads and writes are busy
-  kDamagedPages,       // every page after the first reads back as garbage
+  kDiskFull,         // every write and truncation: SQLITE_FULL
+  kIoError,          // every write and sync: SQLITE_IOERR_WRITE / _FSYNC
+  kReadOnly,         // the database opens read-only, no journal can be created
+  kHeldForWriting,   // another process holds the write lock: reads work, writes are busy
+  kHeldExclusively,  // another process holds every lock: reads and writes are busy
+  kDamagedPages,     // every page after the first reads back as garbage
 };
 
 const char* FileFaultName(FileFault fault);

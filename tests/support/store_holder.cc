@@ -57,8 +57,8 @@ int main(int argc, char** argv) {
                        "CREATE TABLE IF NOT EXISTS preferences (key TEXT PRIMARY KEY NOT NULL, "
                        "kind INTEGER NOT NULL, value) WITHOUT ROWID",
                        nullptr, nullptr, nullptr) != SQLITE_OK ||
-          sqlite3_prepare_v2(db, "INSERT OR REPLACE INTO preferences (key, kind, value) VALUES (?1, 3, ?2)", -1,
-                             &insert, nullptr) != SQLITE_OK) {
+          sqlite3_prepare_v2(db, "INSERT OR REPLACE INTO preferences (key, kind, value) VALUES (?1, 3, ?2)",
+                             -1, &insert, nullptr) != SQLITE_OK) {
         return Fail(db, "set");
       }
       sqlite3_bind_text(insert, 1, key.data(), static_cast<int>(key.size()), SQLITE_TRANSIENT);

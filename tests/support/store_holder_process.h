@@ -4,9 +4,10 @@
 #ifndef OBOLO_TESTS_SUPPORT_STORE_HOLDER_PROCESS_H_
 #define OBOLO_TESTS_SUPPORT_STORE_HOLDER_PROCESS_H_
 
+#include <sys/types.h>
+
 #include <cstdio>
 #include <string>
-#include <sys/types.h>
 
 namespace obolo::testing {
 
