@@ -10,10 +10,16 @@
 
 #include "entry/global_variable.h"
 #include "platform/sqlite_preference_store.h"
+#include "sandbox/default_world.h"
+#include "sandbox/paths.h"
 #include "support/log_capture.h"
+#include "support/paywall_host.h"
+#include "support/sandbox_environment.h"
 #include "support/store_files.h"
 #include "support/store_holder_process.h"
 #include "support/temporary_store.h"
+
+OBOLO_USE_SANDBOX_ENVIRONMENT();
 
 namespace obolo {
 namespace {
@@ -106,6 +112,35 @@ TEST_F(StoreHeldTest, ASessionWrittenWhileAnotherProcessHoldsTheFileReadsBackAnd
     Store(NumberedSession(0));
     PreferenceStore::setStandard(nullptr);
   }
+}
+
+// The token refresh writes the session on the HTTP session's thread, and the
+// logged-in bid that follows reads it back from there.
+TEST(StoreHeldDuringRefreshTest, ATokenRefreshedWhileAnotherProcessHoldsTheFileIsUsedAtOnceAndStoredLater) {
+  namespace seed = sandbox::seed;
+  sandbox::Sandbox& sandbox = testing::SandboxEnvironment::sandbox();
+  testing::TemporaryStore store;
+  const auto expired =
+      sandbox.createSession(seed::kReaderEmail, std::chrono::seconds(-60), std::chrono::hours(24)).value();
+  testing::StoreSession(expired);
+  GlobalVariable& global = GlobalVariable::shared();
+  testing::PaywallHost host(seed::kNormalArticleUrl);
+  std::shared_ptr<PaywallVC> paywall;
+  {
+    testing::StoreHolderProcess holder(OBOLO_STORE_HOLDER, store.path(), Hold::kExclusive);
+    ASSERT_TRUE(holder.held()) << holder.error();
+    paywall = host.load();
+    ASSERT_TRUE(host.waitFor([&] { return testing::PaywallHost::isCardShown(*paywall); }));
+
+    const auto bids = sandbox.requestsTo(sandbox::kCreateLoggedInBidPath);
+    ASSERT_EQ(bids.size(), 1u);
+    EXPECT_NE(global.getAccessToken(), expired.accessToken);
+    EXPECT_EQ(bids.at(0).headerExactly("Authorization"), "Bearer " + global.getAccessToken());
+    EXPECT_TRUE(store.sqliteStore().hasPendingWrites());
+  }
+  testing::WaitUntil([&] { return !store.sqliteStore().hasPendingWrites(); });
+  EXPECT_EQ(testing::SessionInFile(testing::CopyFileAlone(store.path())).accessToken,
+            global.getAccessToken());
 }
 
 }  // namespace

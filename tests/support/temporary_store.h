@@ -24,6 +24,9 @@ class TemporaryStore {
   TemporaryStore& operator=(const TemporaryStore&) = delete;
 
   PreferenceStore& store() const { return *store_; }
+  SqlitePreferenceStore& sqliteStore() const { return *store_; }
+  // The store's file.
+  std::string path() const { return directory_ + "/preferences.sqlite3"; }
 
  private:
   std::string directory_;
