@@ -38,6 +38,16 @@ ROWS = [
      "same set-up, no reader", None, "peak_rss_kib"),
     ("5b. peak RSS, demo purchase", "BM_PeakRss_DemoPurchase", "BM_PeakRss_DemoHelp",
      "obolo-demo --help", None, "peak_rss_kib"),
+    ("6. longest store write, file held by another process", "BM_Store_WriteWhileHeld", "BM_Store_Write",
+     "longest write, file not held", None, "longest_wait_us"),
+    ("6b. longest store read, file held by another process", "BM_Store_ReadWhileHeld", "BM_Store_Read",
+     "longest read, file not held", None, "longest_wait_us"),
+    ("6c. login + logout (10 writes), file held", "BM_Store_LoginLogoutWhileHeld", "BM_Store_LoginLogout",
+     "the same, file not held", None, "time"),
+    ("6d. store write (rollback journal, file alone whole)", "BM_Store_Write", "BM_Store_BareWalWrite",
+     "bare SQLite WAL write (value in -wal)", None, "time"),
+    ("6e. store write (rollback journal, file alone whole)", "BM_Store_Write", "BM_Store_BareWalWriteCheckpointed",
+     "bare WAL write + TRUNCATE checkpoint", None, "time"),
 ]
 
 TO_NS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
@@ -70,7 +80,7 @@ def show(number, metric):
         return "n/a"
     if metric == "peak_rss_kib":
         return f"{number / 1024:.1f} MiB"
-    if metric == "process_cpu_us":
+    if metric in ("process_cpu_us", "longest_wait_us"):
         number *= 1e3  # shown like a time
     for unit, scale in (("s", 1e9), ("ms", 1e6), ("µs", 1e3)):
         if number >= scale:
