@@ -28,17 +28,13 @@ using Hold = testing::StoreHolderProcess::Hold;
 using testing::NumberedSession;
 using testing::StoredSession;
 
-void Store(const StoredSession& s) {
-  testing::StoreSession({s.deviceKey, s.accessToken, s.refreshToken, s.customerId, s.email});
-}
-
 class StoreHeldTest : public ::testing::Test {
  protected:
   void SetUp() override {
     // The file as an earlier run left it: a session and a host's own key.
     auto store = std::make_shared<SqlitePreferenceStore>(path_);
     PreferenceStore::setStandard(store);
-    Store(NumberedSession(0));
+    testing::StoreSessionOf(NumberedSession(0));
     store->set("hostSetting", std::string("keep me"));
     PreferenceStore::setStandard(nullptr);
   }
@@ -82,7 +78,7 @@ TEST_F(StoreHeldTest, ASessionWrittenWhileAnotherProcessHoldsTheFileReadsBackAnd
     {
       testing::StoreHolderProcess holder(OBOLO_STORE_HOLDER, path_, hold);
       ASSERT_TRUE(holder.held()) << holder.error();
-      Store(NumberedSession(1));
+      testing::StoreSessionOf(NumberedSession(1));
       EXPECT_EQ(StoredSession::Read(), NumberedSession(1));
       // A key with nothing pending reads from the file, or from what the
       // store last knew of it while the other process keeps readers out.
@@ -109,7 +105,7 @@ TEST_F(StoreHeldTest, ASessionWrittenWhileAnotherProcessHoldsTheFileReadsBackAnd
     PreferenceStore::setStandard(nullptr);
     store.reset();
     PreferenceStore::setStandard(std::make_shared<SqlitePreferenceStore>(path_));
-    Store(NumberedSession(0));
+    testing::StoreSessionOf(NumberedSession(0));
     PreferenceStore::setStandard(nullptr);
   }
 }

@@ -32,11 +32,6 @@ using testing::FileFault;
 using testing::NumberedSession;
 using testing::StoredSession;
 
-// Writes a session the way a login does, key by key through GlobalVariable.
-void Store(const StoredSession& s) {
-  testing::StoreSession({s.deviceKey, s.accessToken, s.refreshToken, s.customerId, s.email});
-}
-
 class StoreRefusalTest : public ::testing::Test {
  protected:
   void TearDown() override {
@@ -51,7 +46,7 @@ class StoreRefusalTest : public ::testing::Test {
     auto store = std::make_shared<SqlitePreferenceStore>(path_, testing::FaultyVfsName());
     PreferenceStore::setStandard(store);
     store->set("hostSetting", std::string("keep me"));
-    if (!session.empty()) Store(session);
+    if (!session.empty()) testing::StoreSessionOf(session);
     return store;
   }
 
@@ -74,13 +69,13 @@ TEST_F(StoreRefusalTest, ASessionWrittenWhileTheFileRefusesReadsBackAtOnceAndRea
       testing::LogCapture log;
       {
         testing::ScopedFileFault refusing(fault);
-        Store(login);
+        testing::StoreSessionOf(login);
         EXPECT_EQ(StoredSession::Read(), login);
         global_.logout();
         EXPECT_TRUE(StoredSession::Read().empty());
         EXPECT_FALSE(global_.isOBTokenExist());
         if (ends_logged_in) {
-          Store(last);
+          testing::StoreSessionOf(last);
           EXPECT_EQ(StoredSession::Read(), last);
         }
         EXPECT_TRUE(store->hasPendingWrites());
@@ -106,7 +101,7 @@ TEST_F(StoreRefusalTest, EachEpisodeOfRefusalsIsLoggedOnce) {
   for (const FileFault fault : {FileFault::kDiskFull, FileFault::kHeldExclusively}) {
     {
       testing::ScopedFileFault refusing(fault);
-      for (int i = 1; i <= 3; ++i) Store(NumberedSession(i));
+      for (int i = 1; i <= 3; ++i) testing::StoreSessionOf(NumberedSession(i));
       global_.logout();
       for (int i = 0; i < 3; ++i) EXPECT_TRUE(StoredSession::Read().empty());
     }
@@ -203,7 +198,7 @@ TEST_F(StoreRefusalTest, ADamagedFileIsNeverOverwrittenAndTheSessionLivesOnInMem
   testing::LogCapture log;
   auto store = std::make_shared<SqlitePreferenceStore>(path_);
   PreferenceStore::setStandard(store);
-  Store(NumberedSession(1));
+  testing::StoreSessionOf(NumberedSession(1));
   EXPECT_EQ(StoredSession::Read(), NumberedSession(1));
   global_.logout();
   EXPECT_TRUE(StoredSession::Read().empty());
@@ -233,7 +228,7 @@ std::string ReadOnlyScenario(const std::string& directory, bool directory_read_o
   };
   const std::string path = directory + "/preferences.sqlite3";
   PreferenceStore::setStandard(std::make_shared<SqlitePreferenceStore>(path));
-  Store(NumberedSession(0));
+  testing::StoreSessionOf(NumberedSession(0));
   PreferenceStore::setStandard(nullptr);
 
   // The file read-only from the start, or its directory (where the journal
@@ -248,11 +243,11 @@ std::string ReadOnlyScenario(const std::string& directory, bool directory_read_o
   expect(StoredSession::Read() == NumberedSession(0), "the file's session reads");
   if (directory_read_only && chmod(refusing.c_str(), read_only) != 0) return "chmod";
 
-  Store(NumberedSession(1));
+  testing::StoreSessionOf(NumberedSession(1));
   expect(StoredSession::Read() == NumberedSession(1), "a login reads back");
   GlobalVariable::shared().logout();
   expect(StoredSession::Read().empty(), "a logout takes effect");
-  Store(NumberedSession(2));
+  testing::StoreSessionOf(NumberedSession(2));
   expect(store->hasPendingWrites(), "the file refused");
   expect(testing::StoreLines(log).size() == 1, "one line for the episode");
 

@@ -56,4 +56,8 @@ void StoreSession(const sandbox::SessionKeys& keys) {
   global.setCustomerId(keys.customerId);
 }
 
+void StoreSessionOf(const StoredSession& s) {
+  StoreSession({s.deviceKey, s.accessToken, s.refreshToken, s.customerId, s.email});
+}
+
 }  // namespace obolo::testing

@@ -55,6 +55,7 @@ void PrintTo(const StoredSession& session, std::ostream* out);
 
 // Stores a session as a login leaves it.
 void StoreSession(const sandbox::SessionKeys& keys);
+void StoreSessionOf(const StoredSession& session);
 
 }  // namespace obolo::testing
 
