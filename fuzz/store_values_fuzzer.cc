@@ -27,6 +27,16 @@
 
 namespace {
 
+std::string& Directory() {
+  static std::string directory;
+  return directory;
+}
+
+void RemoveDirectory() {
+  std::error_code ignored;
+  std::filesystem::remove_all(Directory(), ignored);
+}
+
 const std::string& StorePath() {
   static const std::string path = [] {
     // In memory when the machine offers it: the store syncs every write, and
@@ -38,6 +48,8 @@ const std::string& StorePath() {
          "obolo-fuzz-XXXXXX")
             .string();
     if (mkdtemp(directory.data()) == nullptr) std::abort();
+    Directory() = directory;
+    std::atexit(RemoveDirectory);
     return directory + "/preferences.sqlite3";
   }();
   return path;
