@@ -60,6 +60,16 @@ ROWS = [
      "copying the pixels once", None, "time"),
     ("7f. refuse the bomb (session thread)", "BM_DecodeImage_RefuseBomb", "BM_ImageBomb_InflateInFull",
      "inflating it in full", None, "time"),
+    ("8. longest store write, file held by another process", "BM_Store_WriteWhileHeld", "BM_Store_Write",
+     "longest write, file not held", None, "longest_wait_us"),
+    ("8b. longest store read, file held by another process", "BM_Store_ReadWhileHeld", "BM_Store_Read",
+     "longest read, file not held", None, "longest_wait_us"),
+    ("8c. login + logout (10 writes), file held", "BM_Store_LoginLogoutWhileHeld", "BM_Store_LoginLogout",
+     "the same, file not held", None, "time"),
+    ("8d. store write (rollback journal, file alone whole)", "BM_Store_Write", "BM_Store_BareWalWrite",
+     "bare SQLite WAL write (value in -wal)", None, "time"),
+    ("8e. store write (rollback journal, file alone whole)", "BM_Store_Write", "BM_Store_BareWalWriteCheckpointed",
+     "bare WAL write + TRUNCATE checkpoint", None, "time"),
 ]
 
 # (what, benchmarks, counter in µs, limit in µs): the longest value any
@@ -100,7 +110,7 @@ def show(number, metric):
         return "n/a"
     if metric == "peak_rss_kib":
         return f"{number / 1024:.1f} MiB"
-    if metric == "process_cpu_us":
+    if metric in ("process_cpu_us", "longest_wait_us"):
         number *= 1e3  # shown like a time
     for unit, scale in (("s", 1e9), ("ms", 1e6), ("µs", 1e3)):
         if number >= scale:

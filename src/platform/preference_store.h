@@ -5,9 +5,19 @@
 // host with its own storage, implements this interface and installs it with
 // setStandard().
 //
-// Contract for implementations: every write is durable when the call returns
-// (a session survives a crash or a restart), a reader never sees a half-written
-// value, and every operation may be called from any thread.
+// Contract for implementations:
+// - A write takes effect for this process when the call returns: every later
+//   read, from any thread, sees it. `removeObject` likewise.
+// - When the storage accepts it, the write is also durable when the call
+//   returns: it survives a crash or a restart.
+// - When the storage refuses it (held by another process, read-only, full,
+//   failing), the write is kept in memory, the refusal is logged, and the
+//   latest value of each key is written out once the storage accepts writes
+//   again. Until then it lives only as long as the process.
+// - No call waits on the storage for more than a few milliseconds, and none
+//   fails: a read the storage refuses answers from what the process knows.
+// - A reader never sees a half-written value; every operation may be called
+//   from any thread.
 
 #ifndef OBOLO_PLATFORM_PREFERENCE_STORE_H_
 #define OBOLO_PLATFORM_PREFERENCE_STORE_H_

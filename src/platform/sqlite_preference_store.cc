@@ -2,152 +2,241 @@
 
 #include <sqlite3.h>
 
-#include <filesystem>
+#include <algorithm>
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <set>
 #include <system_error>
+#include <thread>
+#include <vector>
 
 #include "platform/log.h"
+#include "platform/sqlite_preference_file.h"
 
 namespace obolo {
 namespace {
 
-// How a value's kind is written next to it, so a boolean reads back as a
-// boolean and not as the integer SQLite keeps it as.
-enum Kind : int { kBool = 0, kInteger = 1, kReal = 2, kText = 3 };
+using std::chrono::milliseconds;
 
-constexpr const char* kSchema =
-    "PRAGMA journal_mode=WAL;"
-    "PRAGMA synchronous=FULL;"
-    "CREATE TABLE IF NOT EXISTS preferences ("
-    "  key TEXT PRIMARY KEY NOT NULL,"
-    "  kind INTEGER NOT NULL,"
-    "  value"
-    ") WITHOUT ROWID;";
+constexpr milliseconds kNoWait{0};
+// The retry thread's first wait after a refusal, doubled after each refused
+// attempt up to a cap: a lock another process holds is usually let go soon,
+// so the file is taken up within a quarter of a second of its release; the
+// other causes (read-only, full, damaged) wait for someone to act, and an
+// attempt every two seconds costs nothing worth saving.
+constexpr milliseconds kFirstRetry{10};
+constexpr milliseconds kContendedRetryCap{250};
+constexpr milliseconds kRetryCap{2000};
 
 }  // namespace
 
-SqlitePreferenceStore::SqlitePreferenceStore(const std::string& path) {
-  const bool in_memory = path.empty() || path == ":memory:";
-  if (!in_memory) {
-    persistent_ = Open(path);
-    if (persistent_) return;
-    LogLine("Preference store " + path + " cannot be used; the session is kept in memory for this run");
+class SqlitePreferenceStore::Core {
+ public:
+  Core(const std::string& path, const std::string& vfs)
+      : path_(path), in_memory_(path.empty() || path == ":memory:"), file_(path, vfs) {
+    if (in_memory_) return;
+    std::string line;
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      const int rc = file_.open(SqlitePreferenceStore::kLockBudget);
+      if (rc != SQLITE_OK) {
+        line = Refused("opening", rc, /*writing=*/false);
+        EnsureRetryThread();
+      }
+    }
+    Log(line);
   }
-  Open(":memory:");
-}
 
-SqlitePreferenceStore::~SqlitePreferenceStore() { Close(); }
-
-bool SqlitePreferenceStore::Open(const std::string& path) {
-  Close();
-  if (path != ":memory:") {
-    std::error_code ignored;
-    const auto directory = std::filesystem::path(path).parent_path();
-    if (!directory.empty()) std::filesystem::create_directories(directory, ignored);
+  ~Core() {
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      stop_ = true;
+    }
+    wake_.notify_all();
+    if (retry_.joinable()) retry_.join();
+    std::string line;
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      if (!pending_.empty()) Attempt(SqlitePreferenceStore::kLockBudget);
+      if (!pending_.empty()) {
+        line = "Preference store " + path_ + ": " + std::to_string(pending_.size()) +
+               " values the file refused are lost with this store";
+      }
+    }
+    Log(line);
   }
-  const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
-  if (sqlite3_open_v2(path.c_str(), &db_, flags, nullptr) != SQLITE_OK) {
-    Close();
-    return false;
-  }
-  sqlite3_busy_timeout(db_, 5000);
-  const bool ready =
-      sqlite3_exec(db_, kSchema, nullptr, nullptr, nullptr) == SQLITE_OK &&
-      sqlite3_prepare_v2(db_, "SELECT kind, value FROM preferences WHERE key = ?1", -1, &select_,
-                         nullptr) == SQLITE_OK &&
-      sqlite3_prepare_v2(db_,
-                         "INSERT INTO preferences (key, kind, value) VALUES (?1, ?2, ?3) "
-                         "ON CONFLICT(key) DO UPDATE SET kind = excluded.kind, value = excluded.value",
-                         -1, &upsert_, nullptr) == SQLITE_OK &&
-      sqlite3_prepare_v2(db_, "DELETE FROM preferences WHERE key = ?1", -1, &delete_, nullptr) ==
-          SQLITE_OK;
-  if (!ready) Close();
-  return ready;
-}
 
-void SqlitePreferenceStore::Close() {
-  sqlite3_finalize(select_);
-  sqlite3_finalize(upsert_);
-  sqlite3_finalize(delete_);
-  select_ = upsert_ = delete_ = nullptr;
-  if (db_ != nullptr) sqlite3_close_v2(db_);
-  db_ = nullptr;
-}
-
-std::optional<PreferenceValue> SqlitePreferenceStore::object(std::string_view key) const {
-  std::lock_guard<std::mutex> lock(mutex_);
-  if (select_ == nullptr) return std::nullopt;
-  sqlite3_reset(select_);
-  sqlite3_bind_text(select_, 1, key.data(), static_cast<int>(key.size()), SQLITE_TRANSIENT);
-  std::optional<PreferenceValue> value;
-  if (sqlite3_step(select_) == SQLITE_ROW) {
-    const int kind = sqlite3_column_int(select_, 0);
-    // A row whose kind does not match its stored type (a file edited by hand)
-    // reads by the type SQLite holds.
-    switch (sqlite3_column_type(select_, 1)) {
-      case SQLITE_INTEGER: {
-        const sqlite3_int64 number = sqlite3_column_int64(select_, 1);
-        if (kind == kBool) {
-          value = number != 0;
-        } else {
-          value = static_cast<std::int64_t>(number);
+  std::optional<PreferenceValue> Read(std::string_view key) {
+    std::string line;
+    std::optional<PreferenceValue> value;
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      if (!in_memory_ && file_.isOpen() && pending_.find(key) == pending_.end()) {
+        // While the file refuses, a read does not wait for it.
+        const int rc = file_.read(key, value, refusing_ ? kNoWait : SqlitePreferenceStore::kLockBudget);
+        if (rc == SQLITE_OK) {
+          known_.insert_or_assign(std::string(key), value);
+          if (refusing_ && pending_.empty() && !reopen_) refusing_ = false;
+          return value;
         }
-        break;
+        line = Refused("reading", rc, /*writing=*/false);
       }
-      case SQLITE_FLOAT:
-        value = sqlite3_column_double(select_, 1);
-        break;
-      case SQLITE_TEXT:
-      case SQLITE_BLOB: {
-        const auto* bytes = static_cast<const char*>(sqlite3_column_blob(select_, 1));
-        const int size = sqlite3_column_bytes(select_, 1);
-        value = std::string(bytes == nullptr ? "" : std::string(bytes, static_cast<size_t>(size)));
-        break;
+      const auto it = known_.find(key);
+      value = it == known_.end() ? std::nullopt : it->second;
+    }
+    Log(line);
+    return value;
+  }
+
+  void Write(std::string_view key, std::optional<PreferenceValue> value) {
+    std::string line;
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      known_.insert_or_assign(std::string(key), std::move(value));
+      if (in_memory_) return;
+      pending_.emplace(key);
+      if (refusing_ || reopen_ || !file_.isOpen()) {
+        // The retry thread writes it with the others, in one transaction.
+        EnsureRetryThread();
+        wake_.notify_all();
+        return;
       }
-      default:
-        break;  // NULL: treated as absent
+      const int rc = Flush(SqlitePreferenceStore::kLockBudget);
+      if (rc != SQLITE_OK) {
+        line = Refused("writing", rc, /*writing=*/true);
+        EnsureRetryThread();
+        wake_.notify_all();
+      }
+    }
+    Log(line);
+  }
+
+  bool IsOpen() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return file_.isOpen();
+  }
+
+  bool HasPending() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return !pending_.empty();
+  }
+
+ private:
+  // Lines go out after mutex_ is let go: a log sink may itself use the store.
+  static void Log(const std::string& line) {
+    if (!line.empty()) LogLine(line);
+  }
+
+  // Records a refusal; the line to log when it starts an episode, else "".
+  // REQUIRES: mutex_ held.
+  std::string Refused(const char* what, int code, bool writing) {
+    // A refused write may need a fresh connection (a file opened read-only
+    // stays so); a contended lock only needs time.
+    if (writing && !SqlitePreferenceFile::IsContention(code)) reopen_ = true;
+    if (refusing_) return "";
+    refusing_ = true;
+    return "Preference store " + path_ + ": " + what + " refused (" + SqlitePreferenceFile::Describe(code) +
+           "); the session is kept in memory and written to the file once it accepts it";
+  }
+
+  // Writes every pending key's latest value in one transaction.
+  // REQUIRES: mutex_ held, file_ open.
+  int Flush(milliseconds budget) {
+    if (pending_.empty()) return SQLITE_OK;
+    std::vector<SqlitePreferenceFile::Write> writes;
+    writes.reserve(pending_.size());
+    for (const std::string& key : pending_) writes.emplace_back(key, &known_.find(key)->second);
+    const int rc = file_.write(writes, budget);
+    if (rc == SQLITE_OK) pending_.clear();
+    return rc;
+  }
+
+  // Opens the file when needed, then writes what is pending. The episode ends
+  // when both succeed. REQUIRES: mutex_ held.
+  int Attempt(milliseconds budget) {
+    if (!file_.isOpen() || reopen_) {
+      const int rc = file_.open(budget);
+      if (rc != SQLITE_OK) return rc;
+      reopen_ = false;
+    }
+    const int rc = Flush(budget);
+    if (rc != SQLITE_OK) {
+      if (!SqlitePreferenceFile::IsContention(rc)) reopen_ = true;
+      return rc;
+    }
+    refusing_ = false;
+    return SQLITE_OK;
+  }
+
+  // REQUIRES: mutex_ held.
+  bool HasWork() const { return !file_.isOpen() || reopen_ || !pending_.empty(); }
+
+  // REQUIRES: mutex_ held.
+  void EnsureRetryThread() {
+    if (retry_.joinable()) return;
+    try {
+      retry_ = std::thread([this] { RetryLoop(); });
+    } catch (const std::system_error&) {
+      // No thread to be had: the next refused call tries again to start one.
     }
   }
-  sqlite3_reset(select_);
-  sqlite3_clear_bindings(select_);
-  return value;
+
+  // Never waits for a lock, and holds mutex_ only for one attempt at a time,
+  // so callers never wait on it for a held file.
+  void RetryLoop() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    milliseconds delay = kFirstRetry;
+    while (!stop_) {
+      if (!HasWork()) {
+        delay = kFirstRetry;
+        wake_.wait(lock, [this] { return stop_ || HasWork(); });
+        continue;
+      }
+      if (wake_.wait_for(lock, delay, [this] { return stop_; })) break;
+      if (!HasWork()) continue;
+      const int rc = Attempt(kNoWait);
+      if (rc == SQLITE_OK) {
+        delay = kFirstRetry;
+      } else {
+        delay = std::min(delay * 2, SqlitePreferenceFile::IsContention(rc) ? kContendedRetryCap : kRetryCap);
+      }
+    }
+  }
+
+  const std::string path_;
+  const bool in_memory_;
+
+  mutable std::mutex mutex_;  // guards every field below and every use of file_
+  std::condition_variable wake_;
+  SqlitePreferenceFile file_;
+  // The last value this process wrote or read for each key (none: absent);
+  // for a key in pending_, the value the file has yet to take.
+  std::map<std::string, std::optional<PreferenceValue>, std::less<>> known_;
+  std::set<std::string, std::less<>> pending_;
+  bool refusing_ = false;  // a failure episode is under way
+  bool reopen_ = false;    // the connection must be opened afresh before the next write
+  bool stop_ = false;
+  std::thread retry_;  // started at the first refusal, ended by the destructor
+};
+
+SqlitePreferenceStore::SqlitePreferenceStore(const std::string& path, const std::string& vfs)
+    : core_(std::make_unique<Core>(path, vfs)) {}
+
+SqlitePreferenceStore::~SqlitePreferenceStore() = default;
+
+std::optional<PreferenceValue> SqlitePreferenceStore::object(std::string_view key) const {
+  return core_->Read(key);
 }
 
 void SqlitePreferenceStore::set(std::string_view key, const PreferenceValue& value) {
-  std::lock_guard<std::mutex> lock(mutex_);
-  if (upsert_ == nullptr) return;
-  sqlite3_reset(upsert_);
-  sqlite3_bind_text(upsert_, 1, key.data(), static_cast<int>(key.size()), SQLITE_TRANSIENT);
-  if (const auto* b = std::get_if<bool>(&value)) {
-    sqlite3_bind_int(upsert_, 2, kBool);
-    sqlite3_bind_int64(upsert_, 3, *b ? 1 : 0);
-  } else if (const auto* i = std::get_if<std::int64_t>(&value)) {
-    sqlite3_bind_int(upsert_, 2, kInteger);
-    sqlite3_bind_int64(upsert_, 3, *i);
-  } else if (const auto* d = std::get_if<double>(&value)) {
-    sqlite3_bind_int(upsert_, 2, kReal);
-    sqlite3_bind_double(upsert_, 3, *d);
-  } else {
-    const auto& text = std::get<std::string>(value);
-    sqlite3_bind_int(upsert_, 2, kText);
-    sqlite3_bind_text(upsert_, 3, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
-  }
-  if (sqlite3_step(upsert_) != SQLITE_DONE) {
-    LogLine("Preference store: writing " + std::string(key) + " failed: " + sqlite3_errmsg(db_));
-  }
-  sqlite3_reset(upsert_);
-  sqlite3_clear_bindings(upsert_);
+  core_->Write(key, value);
 }
 
-void SqlitePreferenceStore::removeObject(std::string_view key) {
-  std::lock_guard<std::mutex> lock(mutex_);
-  if (delete_ == nullptr) return;
-  sqlite3_reset(delete_);
-  sqlite3_bind_text(delete_, 1, key.data(), static_cast<int>(key.size()), SQLITE_TRANSIENT);
-  if (sqlite3_step(delete_) != SQLITE_DONE) {
-    LogLine("Preference store: removing " + std::string(key) + " failed: " + sqlite3_errmsg(db_));
-  }
-  sqlite3_reset(delete_);
-  sqlite3_clear_bindings(delete_);
-}
+void SqlitePreferenceStore::removeObject(std::string_view key) { core_->Write(key, std::nullopt); }
+
+bool SqlitePreferenceStore::isPersistent() const { return core_->IsOpen(); }
+
+bool SqlitePreferenceStore::hasPendingWrites() const { return core_->HasPending(); }
 
 }  // namespace obolo

@@ -1,6 +1,7 @@
 #include "platform/sqlite_preference_store.h"
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <filesystem>
 #include <fstream>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "support/log_capture.h"
+#include "support/store_files.h"
 #include "support/temporary_store.h"
 
 namespace obolo {
@@ -58,6 +60,79 @@ TEST_F(SqlitePreferenceStoreTest, AFileThatIsNotADatabaseIsLeftAloneAndTheStoreS
   std::ifstream file(path_);
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), garbage);
   EXPECT_EQ(log.lines().size(), 1u);
+}
+
+TEST_F(SqlitePreferenceStoreTest, AFileThatIsNotADatabaseYetIsTakenUpOnceItIsOne) {
+  std::filesystem::create_directories(std::filesystem::path(path_).parent_path());
+  std::ofstream(path_) << "a download of the file that has not finished";
+  SqlitePreferenceStore store(path_);
+  store.set("accessToken", std::string("written meanwhile"));
+  EXPECT_FALSE(store.isPersistent());
+
+  // The file arrives whole (a restore, a migration): a database of its own.
+  const std::string arriving = directory_ + "/arriving.sqlite3";
+  SqlitePreferenceStore(arriving).set("hostSetting", std::string("from the restored file"));
+  std::filesystem::rename(arriving, path_);
+  testing::WaitUntil([&] { return store.isPersistent() && !store.hasPendingWrites(); });
+
+  EXPECT_EQ(store.object("hostSetting"), PreferenceValue(std::string("from the restored file")));
+  const std::string copy = testing::CopyFileAlone(path_);
+  EXPECT_EQ(testing::ValueInFile(copy, "accessToken"), PreferenceValue(std::string("written meanwhile")));
+  EXPECT_EQ(testing::ValueInFile(copy, "hostSetting"),
+            PreferenceValue(std::string("from the restored file")));
+}
+
+// A backup or a migration copies the documented file and nothing beside it.
+TEST_F(SqlitePreferenceStoreTest, OnceAWriteHasReturnedTheFileAloneHoldsIt) {
+  SqlitePreferenceStore store(path_);
+  store.set("accessToken", std::string("access"));
+  store.set("customerId", std::int64_t{42});
+  store.set("email", std::string("reader@example.com"));
+  store.removeObject("email");
+  const std::string copy = testing::CopyFileAlone(path_);
+  EXPECT_EQ(testing::ValueInFile(copy, "accessToken"), PreferenceValue(std::string("access")));
+  EXPECT_EQ(testing::ValueInFile(copy, "customerId"), PreferenceValue(std::int64_t{42}));
+  EXPECT_EQ(testing::ValueInFile(copy, "email"), std::nullopt);
+  EXPECT_FALSE(std::filesystem::exists(path_ + "-wal"));
+  EXPECT_FALSE(std::filesystem::exists(path_ + "-journal"));
+}
+
+// An earlier build kept the file in WAL mode, its last values in the -wal
+// side file; another process of that build may still have it open.
+TEST_F(SqlitePreferenceStoreTest, AFileLeftInWalModeIsTakenUpAndMadeSelfContained) {
+  for (const bool still_open_elsewhere : {true, false}) {
+    SCOPED_TRACE(still_open_elsewhere ? "open elsewhere" : "closed");
+    std::filesystem::remove_all(directory_);
+    std::filesystem::create_directories(std::filesystem::path(path_).parent_path());
+    sqlite3* earlier = nullptr;
+    ASSERT_EQ(sqlite3_open(path_.c_str(), &earlier), SQLITE_OK);
+    ASSERT_EQ(
+        sqlite3_exec(earlier,
+                     "PRAGMA journal_mode=WAL;"
+                     "CREATE TABLE preferences (key TEXT PRIMARY KEY NOT NULL, kind INTEGER NOT NULL, value)"
+                     " WITHOUT ROWID;"
+                     "INSERT INTO preferences VALUES ('refreshToken', 3, 'from the earlier build');",
+                     nullptr, nullptr, nullptr),
+        SQLITE_OK);
+    if (!still_open_elsewhere) {
+      // The earlier process ended without a checkpoint: the -wal alone holds the token.
+      sqlite3_db_config(earlier, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+      sqlite3_close(earlier);
+      earlier = nullptr;
+      ASSERT_GT(std::filesystem::file_size(path_ + "-wal"), 0u);
+    }
+
+    SqlitePreferenceStore store(path_);
+    EXPECT_EQ(store.object("refreshToken"), PreferenceValue(std::string("from the earlier build")));
+    store.set("accessToken", std::string("access"));
+
+    const std::string copy = testing::CopyFileAlone(path_);
+    EXPECT_EQ(testing::ValueInFile(copy, "refreshToken"),
+              PreferenceValue(std::string("from the earlier build")));
+    EXPECT_EQ(testing::ValueInFile(copy, "accessToken"), PreferenceValue(std::string("access")));
+    EXPECT_EQ(std::filesystem::exists(path_ + "-wal"), still_open_elsewhere);
+    sqlite3_close(earlier);
+  }
 }
 
 TEST_F(SqlitePreferenceStoreTest, ThreadsCanWriteAndReadAtOnce) {

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "entry/global_variable.h"
+#include "entry/user_default_key.h"
 
 namespace obolo::testing {
 
@@ -33,6 +34,14 @@ StoredSession StoredSession::Read() {
           global.getCustomerId()};
 }
 
+StoredSession StoredSession::ReadFrom(std::shared_ptr<PreferenceStore> store) {
+  const UserDefaults defaults(std::move(store));
+  const auto id = defaults.object(UserDefaultKey::customerId);
+  return {defaults.string(UserDefaultKey::deviceKey), defaults.string(UserDefaultKey::accessToken),
+          defaults.string(UserDefaultKey::refreshToken), defaults.string(UserDefaultKey::email),
+          id ? IntegerReading(*id) : 0};
+}
+
 void PrintTo(const StoredSession& s, std::ostream* out) {
   *out << "{" << s.deviceKey << ", " << s.accessToken << ", " << s.refreshToken << ", " << s.email << ", "
        << s.customerId << "}";
@@ -45,6 +54,10 @@ void StoreSession(const sandbox::SessionKeys& keys) {
   global.setRefreshToken(keys.refreshToken);
   global.setEmail(keys.email);
   global.setCustomerId(keys.customerId);
+}
+
+void StoreSessionOf(const StoredSession& s) {
+  StoreSession({s.deviceKey, s.accessToken, s.refreshToken, s.customerId, s.email});
 }
 
 }  // namespace obolo::testing

@@ -24,6 +24,9 @@ class TemporaryStore {
   TemporaryStore& operator=(const TemporaryStore&) = delete;
 
   PreferenceStore& store() const { return *store_; }
+  SqlitePreferenceStore& sqliteStore() const { return *store_; }
+  // The store's file.
+  std::string path() const { return directory_ + "/preferences.sqlite3"; }
 
  private:
   std::string directory_;
@@ -38,7 +41,10 @@ struct StoredSession {
   std::string deviceKey, accessToken, refreshToken, email;
   std::int64_t customerId = 0;
 
+  // Through GlobalVariable, from the standard store.
   static StoredSession Read();
+  // The same readings from `store`.
+  static StoredSession ReadFrom(std::shared_ptr<PreferenceStore> store);
   static StoredSession Of(const sandbox::SessionKeys& keys) {
     return {keys.deviceKey, keys.accessToken, keys.refreshToken, keys.email, keys.customerId};
   }
@@ -49,6 +55,7 @@ void PrintTo(const StoredSession& session, std::ostream* out);
 
 // Stores a session as a login leaves it.
 void StoreSession(const sandbox::SessionKeys& keys);
+void StoreSessionOf(const StoredSession& session);
 
 }  // namespace obolo::testing
 
