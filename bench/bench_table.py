@@ -38,6 +38,12 @@ ROWS = [
      "same set-up, no reader", None, "peak_rss_kib"),
     ("5b. peak RSS, demo purchase", "BM_PeakRss_DemoPurchase", "BM_PeakRss_DemoHelp",
      "obolo-demo --help", None, "peak_rss_kib"),
+    ("6. emit point, no observer registered", "BM_Observer_EmitPointWithoutObserver",
+     "BM_Observer_BareFunctionCall", "a bare function call", None, "time"),
+    ("6b. emit point, no observer registered", "BM_Observer_EmitPointWithoutObserver",
+     "BM_Observer_DecisionWithoutObserver", "one card decision, no observer", None, "time"),
+    ("6c. one card decision, one no-op observer", "BM_Observer_DecisionWithNoOpObserver",
+     "BM_Observer_DecisionWithoutObserver", "the same, no observer", None, "time"),
 ]
 
 TO_NS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
@@ -105,7 +111,7 @@ def main(argv):
             show(kit_median, metric) + spread(kit_entries, metric),
             described,
             show(reference_median, metric) + spread(reference_entries, metric),
-            "n/a" if ratio is None else f"{ratio:.2f}×",
+            "n/a" if ratio is None else (f"{ratio:.2f}×" if ratio >= 0.01 else f"{ratio:.1e}×"),
             "—" if target is None else f"≤ {target:.2f}×",
             met,
         ])

@@ -13,6 +13,7 @@
 #include "demo/login_page_client.h"
 #include "entry/global_variable.h"
 #include "entry/obolo.h"
+#include "entry/paywall_event.h"
 #include "entry/paywall_observer.h"
 #include "login/web_login_vc.h"
 #include "network/network_manager.h"
@@ -94,7 +95,8 @@ class Reader {
 
   int play() {
     std::printf("Obolo demo: scenario %s, card at %s, service %s%s\n", ScenarioName(options_.scenario).c_str(),
-                PositionName(), service_.origin.c_str(), service_.sandbox ? " (embedded sandbox)" : "");
+                std::string(ToString(options_.position)).c_str(), service_.origin.c_str(),
+                service_.sandbox ? " (embedded sandbox)" : "");
     switch (options_.scenario) {
       case Scenario::kNewReader:
         return newReader();
@@ -111,18 +113,6 @@ class Reader {
   }
 
  private:
-  const char* PositionName() const {
-    switch (options_.position) {
-      case Position::top:
-        return "top";
-      case Position::bottom:
-        return "bottom";
-      case Position::center:
-        break;
-    }
-    return "center";
-  }
-
   // --- Steps ---
 
   void load(const std::string& articleUrl) {

@@ -7,6 +7,7 @@ namespace obolo {
 namespace {
 
 constexpr std::size_t kOpaqueRunLength = 16;
+constexpr std::size_t kShortestCredential = 8;
 
 bool IsAlpha(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
@@ -95,6 +96,17 @@ std::string MaskCredentials(std::string_view text, const std::vector<std::string
     return run.size() >= kOpaqueRunLength && letter && digit;
   });
   return masked;
+}
+
+bool MayCarryCredential(std::string_view text) {
+  std::size_t word = 0;
+  for (char c : text) {
+    if (c == '@') return true;
+    const bool space = c == ' ' || c == '\t' || c == '\n' || c == '\r';
+    word = space ? 0 : word + 1;
+    if (word >= kShortestCredential) return true;
+  }
+  return false;
 }
 
 }  // namespace obolo

@@ -32,6 +32,13 @@ inline constexpr char kMaskedCredential[] = "[hidden]";
 // Words, prices and the kit's decoding sentences pass unchanged.
 std::string MaskCredentials(std::string_view text, const std::vector<std::string>& known);
 
+// False when `text` cannot carry a credential worth the name: every word (run
+// without white space) is shorter than 8 bytes and none holds an '@'. Tokens,
+// the service's keys and e-mail addresses are all longer, or hold the '@';
+// a short price like "€0.50" needs no masking and no look at the stored
+// session.
+bool MayCarryCredential(std::string_view text);
+
 }  // namespace obolo
 
 #endif  // OBOLO_ENTRY_CREDENTIAL_MASK_H_

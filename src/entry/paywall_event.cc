@@ -3,19 +3,13 @@
 namespace obolo {
 namespace {
 
-std::string_view PositionName(Position position) {
-  switch (position) {
-    case Position::top:
-      return "top";
-    case Position::bottom:
-      return "bottom";
-    case Position::center:
-      break;
-  }
-  return "center";
+// Built by appending: GCC 12 at -O3 reports a false -Wrestrict in chains of
+// std::string's operator+ (GCC bug 105329).
+void AppendQuoted(std::string& out, std::string_view text) {
+  out += '"';
+  out += text;
+  out += '"';
 }
-
-std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
 
 }  // namespace
 
@@ -65,11 +59,26 @@ std::string_view ToString(ServiceCall call) {
   return "unknown call";
 }
 
+std::string_view ToString(Position position) {
+  switch (position) {
+    case Position::top:
+      return "top";
+    case Position::bottom:
+      return "bottom";
+    case Position::center:
+      break;
+  }
+  return "center";
+}
+
 std::string Describe(const PaywallEvent& event) {
   std::string text(ToString(event.kind));
   switch (event.kind) {
     case PaywallEventKind::cardShown:
-      text += ", price " + Quoted(event.priceText) + ", at " + std::string(PositionName(event.position));
+      text += ", price ";
+      AppendQuoted(text, event.priceText);
+      text += ", at ";
+      text += ToString(event.position);
       break;
     case PaywallEventKind::unlockTapped:
       text += event.consent ? ", consent given" : ", no consent";
@@ -78,7 +87,9 @@ std::string Describe(const PaywallEvent& event) {
       text += event.paidNow ? ", paid now" : ", already paid";
       break;
     case PaywallEventKind::serviceCallFailed:
-      text = std::string(ToString(event.call)) + " failed: " + Quoted(event.failureText);
+      text = ToString(event.call);
+      text += " failed: ";
+      AppendQuoted(text, event.failureText);
       break;
     default:
       break;

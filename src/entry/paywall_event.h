@@ -73,6 +73,8 @@ struct PaywallEvent {
 std::string_view ToString(PaywallEventKind kind);
 // "createLoggedOutBid", "acceptBid", ...
 std::string_view ToString(ServiceCall call);
+// "top", "center", "bottom".
+std::string_view ToString(Position position);
 
 // One line with the kind and the facts it carries (not the article), e.g.
 // `card shown, price "EUR 0.50", at bottom` or `acceptBid failed: "..."`.

@@ -26,6 +26,19 @@ bool StillRegistered(const PaywallObserver* observer, const PaywallObservers* ow
   return PaywallObservers::global().contains(observer) || (own != nullptr && own->contains(observer));
 }
 
+// "A paywall observer threw on "card shown": <what>", built by appending
+// (GCC 12 at -O3 reports a false -Wrestrict in chains of operator+).
+void LogObserverFault(const PaywallEvent& event, const char* what) {
+  std::string line = "A paywall observer threw on \"";
+  line += ToString(event.kind);
+  line += '"';
+  if (what != nullptr) {
+    line += ": ";
+    line += what;
+  }
+  LogLine(line);
+}
+
 // Main loop. Who hears the event is settled here, not when it was reported:
 // an observer removed meanwhile does not hear it.
 void Deliver(const PaywallObservers* own, const PaywallEvent& event) {
@@ -42,9 +55,9 @@ void Deliver(const PaywallObservers* own, const PaywallEvent& event) {
     try {
       observer->onPaywallEvent(event);
     } catch (const std::exception& error) {
-      LogLine("A paywall observer threw on \"" + std::string(ToString(event.kind)) + "\": " + error.what());
+      LogObserverFault(event, error.what());
     } catch (...) {
-      LogLine("A paywall observer threw on \"" + std::string(ToString(event.kind)) + "\"");
+      LogObserverFault(event, nullptr);
     }
   }
 }
@@ -67,10 +80,13 @@ bool PaywallReporter::anyObserver() const {
 void PaywallReporter::report(PaywallEvent event) const {
   if (!listening() || !anyObserver()) return;
   event.articleUrl = articleUrl_;
-  if (!event.priceText.empty() || !event.failureText.empty()) {
+  // The stored session is read only for a text that could carry part of it.
+  const bool price = MayCarryCredential(event.priceText);
+  const bool failure = MayCarryCredential(event.failureText);
+  if (price || failure) {
     const std::vector<std::string> secrets = StoredSecrets();
-    event.priceText = MaskCredentials(event.priceText, secrets);
-    event.failureText = MaskCredentials(event.failureText, secrets);
+    if (price) event.priceText = MaskCredentials(event.priceText, secrets);
+    if (failure) event.failureText = MaskCredentials(event.failureText, secrets);
   }
   MainLoop::main().post([own = observers_, event = std::move(event)] { Deliver(own.get(), event); });
 }

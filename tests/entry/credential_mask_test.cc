@@ -99,5 +99,24 @@ TEST(CredentialMaskTest, CredentialsAreMaskedWhereverTheyStand) {
   }
 }
 
+TEST(CredentialMaskTest, OnlyTextsWithLongWordsOrAnAtSignMayCarryACredential) {
+  struct Case {
+    std::string text;
+    bool may;
+  };
+  const std::vector<Case> cases = {
+      {"", false},
+      {"€0.50", false},
+      {"EUR 0.50 per article", false},
+      {"1234567 abc", false},
+      {"12345678", true},
+      {"a@b", true},
+      {"The data couldn't be read because \"data.oboloBidId\" is missing.", true},
+      {"Bearer " + kToken, true},
+      {kDeviceKey, true},
+  };
+  for (const Case& c : cases) EXPECT_EQ(MayCarryCredential(c.text), c.may) << c.text;
+}
+
 }  // namespace
 }  // namespace obolo

@@ -51,6 +51,14 @@ class ObserverSecurityTest : public reliability::ScreenFaultTest {
     return paywall;
   }
 
+  // Taps unlock on a card without a session; the login screen it opens, and
+  // the keys its page will hand over.
+  std::pair<std::shared_ptr<WebLoginVC>, sandbox::LoginKeys> OpenLogin(PaywallVC& paywall) {
+    EXPECT_TRUE(paywall.btnUnlock->tap());
+    return {std::dynamic_pointer_cast<WebLoginVC>(paywall.presentedViewController()),
+            sandbox_.issueLoginKeys(seed::kReaderEmail).value()};
+  }
+
   // Each secret, and each long part of a token, which counts as the token.
   void AddSecret(const std::string& value) {
     secrets_.push_back(value);
@@ -94,10 +102,8 @@ TEST_F(ObserverSecurityTest, AWholePurchaseHandsNoSecretToAnObserver) {
   sandbox_.setTokenLifetimes(30s, 24h);
   PaywallHost first(seed::kNormalArticleUrl);
   auto paywall = Open(first);
-  ASSERT_TRUE(paywall->btnUnlock->tap());
-  auto login = std::dynamic_pointer_cast<WebLoginVC>(paywall->presentedViewController());
+  const auto [login, keys] = OpenLogin(*paywall);
   ASSERT_NE(login, nullptr);
-  const auto keys = sandbox_.issueLoginKeys(seed::kReaderEmail).value();
   ASSERT_TRUE(login->webview->postMessageFromPage(
       kLoginScriptHandlerName, {{"device_key", keys.deviceKey}, {"login_key", keys.loginKey}}));
   Settle();
@@ -181,10 +187,8 @@ TEST_F(ObserverSecurityTest, AKeyTheKitNeverStoredIsMaskedByItsShape) {
   // the service and never keeps, in the card's price.
   PaywallHost host(seed::kNormalArticleUrl);
   auto paywall = Open(host);
-  ASSERT_TRUE(paywall->btnUnlock->tap());
-  auto login = std::dynamic_pointer_cast<WebLoginVC>(paywall->presentedViewController());
+  const auto [login, keys] = OpenLogin(*paywall);
   ASSERT_NE(login, nullptr);
-  const auto keys = sandbox_.issueLoginKeys(seed::kReaderEmail).value();
   const json answer = {{"success", true},
                        {"data",
                         {{"oboloBidId", paywall->obBidId},
