@@ -70,6 +70,12 @@ ROWS = [
      "bare SQLite WAL write (value in -wal)", None, "time"),
     ("8e. store write (rollback journal, file alone whole)", "BM_Store_Write", "BM_Store_BareWalWriteCheckpointed",
      "bare WAL write + TRUNCATE checkpoint", None, "time"),
+    ("9. emit point, no observer registered", "BM_Observer_EmitPointWithoutObserver",
+     "BM_Observer_BareFunctionCall", "a bare function call", None, "time"),
+    ("9b. emit point, no observer registered", "BM_Observer_EmitPointWithoutObserver",
+     "BM_Observer_DecisionWithoutObserver", "one card decision, no observer", None, "time"),
+    ("9c. one card decision, one no-op observer", "BM_Observer_DecisionWithNoOpObserver",
+     "BM_Observer_DecisionWithoutObserver", "the same, no observer", None, "time"),
 ]
 
 # (what, benchmarks, counter in µs, limit in µs): the longest value any

@@ -6,10 +6,15 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "demo/login_page_client.h"
 #include "entry/global_variable.h"
 #include "entry/obolo.h"
+#include "entry/paywall_event.h"
+#include "entry/paywall_observer.h"
 #include "login/web_login_vc.h"
 #include "network/network_manager.h"
 #include "paywall/paywall_vc.h"
@@ -30,15 +35,32 @@ using Clock = std::chrono::steady_clock;
 
 constexpr auto kStepTimeout = std::chrono::seconds(20);
 
+// The host's analytics: what the paywall reports, kept until the timeline
+// prints it beside the step it happened in.
+class EventLog : public PaywallObserver {
+ public:
+  void onPaywallEvent(const PaywallEvent& event) override { pending_.push_back(Describe(event)); }
+  std::vector<std::string> take() { return std::exchange(pending_, {}); }
+
+ private:
+  std::vector<std::string> pending_;
+};
+
 // Prints one line per step: how long the step took, its name, what the
-// reader sees.
+// reader sees; below it, the events the host heard during the step.
 class Timeline {
  public:
+  explicit Timeline(std::shared_ptr<EventLog> events) : events_(std::move(events)) {}
+
   void step(const std::string& name, const std::string& sees) {
     const auto now = Clock::now();
     const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(now - last_).count();
     last_ = now;
     std::printf("  %6lld ms  %-18s %s\n", static_cast<long long>(took), name.c_str(), sees.c_str());
+    // Events are delivered on the main loop: one turn hands over those of
+    // the step that just happened.
+    MainLoop::main().runFor(std::chrono::milliseconds(0));
+    for (const std::string& event : events_->take()) std::printf("%32sevent: %s\n", "", event.c_str());
     std::fflush(stdout);
   }
   long long totalMilliseconds() const {
@@ -46,6 +68,7 @@ class Timeline {
   }
 
  private:
+  std::shared_ptr<EventLog> events_;
   Clock::time_point start_ = Clock::now();
   Clock::time_point last_ = start_;
 };
@@ -72,7 +95,8 @@ class Reader {
 
   int play() {
     std::printf("Obolo demo: scenario %s, card at %s, service %s%s\n", ScenarioName(options_.scenario).c_str(),
-                PositionName(), service_.origin.c_str(), service_.sandbox ? " (embedded sandbox)" : "");
+                std::string(ToString(options_.position)).c_str(), service_.origin.c_str(),
+                service_.sandbox ? " (embedded sandbox)" : "");
     switch (options_.scenario) {
       case Scenario::kNewReader:
         return newReader();
@@ -89,23 +113,12 @@ class Reader {
   }
 
  private:
-  const char* PositionName() const {
-    switch (options_.position) {
-      case Position::top:
-        return "top";
-      case Position::bottom:
-        return "bottom";
-      case Position::center:
-        break;
-    }
-    return "center";
-  }
-
   // --- Steps ---
 
   void load(const std::string& articleUrl) {
     Obolo obolo(seed::kPublisherAccessKey, seed::kCategory, service_.logoUrl, articleUrl, seed::kPublisherCustomerId,
                 seed::kPublisherDomain);
+    obolo.addObserver(events_);
     obolo.loadPaywall(host_, content_, options_.position);
     paywall_ = std::dynamic_pointer_cast<PaywallVC>(host_->children().back());
     timeline_.step("waiting", std::string("paywall hidden until the bid arrives; article readable: ") +
@@ -277,7 +290,8 @@ class Reader {
 
   const DemoOptions& options_;
   const Service& service_;
-  Timeline timeline_;
+  std::shared_ptr<EventLog> events_ = std::make_shared<EventLog>();
+  Timeline timeline_{events_};
   std::shared_ptr<UIWindow> window_;
   std::shared_ptr<UIViewController> host_;
   std::shared_ptr<UIView> content_;

@@ -1,6 +1,7 @@
 #include "entry/obolo.h"
 
 #include "entry/obolo_storyboard.h"
+#include "entry/paywall_reporter.h"
 #include "paywall/paywall_vc.h"
 #include "platform/log.h"
 #include "platform/number_format.h"
@@ -23,7 +24,7 @@ std::shared_ptr<PaywallVC> MakePaywall() {
 
 Obolo::Obolo(std::string accessKey, std::string category, std::string logoUrl, std::string articleUrl,
              std::string publisherCustomerId, std::string publisherDomain)
-    : global(GlobalVariable::shared()) {
+    : global(GlobalVariable::shared()), observers_(std::make_shared<PaywallObservers>()) {
   global.setAccessKey(std::move(accessKey));
   global.setCategory(std::move(category));
   global.setArticleUrl(std::move(articleUrl));
@@ -34,6 +35,10 @@ Obolo::Obolo(std::string accessKey, std::string category, std::string logoUrl, s
 
 void Obolo::loadPaywall(const std::shared_ptr<UIViewController>& in) { loadView(in); }
 
+void Obolo::addObserver(std::shared_ptr<PaywallObserver> observer) { observers_->add(std::move(observer)); }
+
+void Obolo::removeObserver(const std::shared_ptr<PaywallObserver>& observer) { observers_->remove(observer); }
+
 void Obolo::loadPaywall(const std::shared_ptr<UIViewController>& in, const std::shared_ptr<UIView>& content,
                         Position position) {
   loadView(in, content, position);
@@ -43,6 +48,7 @@ void Obolo::loadView(const std::shared_ptr<UIViewController>& in) {
   auto paywall = MakePaywall();
   if (!paywall || !in) return;
   paywall->viewController = in;
+  paywall->reporter = PaywallReporter(observers_, global.articleUrl());
   const auto navigation = in->navigationController();
   LogLine(navigation ? ShortestDecimal(navigation->navigationBar()->bounds().size.height) : "0");
   const CGRect hostBounds = in->view()->bounds();
@@ -62,6 +68,7 @@ void Obolo::loadView(const std::shared_ptr<UIViewController>& in, const std::sha
   paywall->viewController = in;
   paywall->contentView = content;
   paywall->isCustom = true;
+  paywall->reporter = PaywallReporter(observers_, global.articleUrl());
   content->setBackgroundColor(UIColor::clear());
   // The view loads here and sees the four fields above.
   paywall->view()->setFrame(content->bounds());

@@ -7,9 +7,9 @@
 //   obolo.loadPaywall(articleScreen, articleContentView, obolo::Position::bottom);
 //
 // Construction copies the texts into the shared GlobalVariable, so the latest
-// construction configures every paywall. The object keeps nothing else and may
-// be dropped once the paywall is loaded: the host's view hierarchy owns the
-// paywall from then on, and the paywall works by itself.
+// construction configures every paywall. The object keeps nothing else but its
+// observers, and may be dropped once the paywall is loaded: the host's view
+// hierarchy owns the paywall from then on, and the paywall works by itself.
 //
 // Main thread only.
 
@@ -20,6 +20,7 @@
 #include <string>
 
 #include "entry/global_variable.h"
+#include "entry/paywall_observer.h"
 #include "entry/position.h"
 #include "toolkit/ui_view.h"
 #include "toolkit/ui_view_controller.h"
@@ -42,12 +43,22 @@ class Obolo {
   void loadPaywall(const std::shared_ptr<UIViewController>& in, const std::shared_ptr<UIView>& content,
                    Position position);
 
+  // Observers of the paywalls this object loads (entry/paywall_observer.h).
+  // The paywalls share this object's list: an observer added or removed here
+  // takes effect for every paywall it loaded, before or after, and those
+  // paywalls keep the list when the object is dropped. A host that wants to
+  // remove an observer later keeps the object, or registers globally instead.
+  // Copies of the object share the list.
+  void addObserver(std::shared_ptr<PaywallObserver> observer);
+  void removeObserver(const std::shared_ptr<PaywallObserver>& observer);
+
  private:
   void loadView(const std::shared_ptr<UIViewController>& in);
   void loadView(const std::shared_ptr<UIViewController>& in, const std::shared_ptr<UIView>& content,
                 Position position);
 
   GlobalVariable& global;
+  std::shared_ptr<PaywallObservers> observers_;
 };
 
 }  // namespace obolo

@@ -185,7 +185,11 @@ void WebLoginVC::loadRequest() {
   webview->load(request);
 }
 
-void WebLoginVC::onDoneButtonTapped(const std::any& /*sender*/) { dismiss(/*animated=*/true); }
+void WebLoginVC::onDoneButtonTapped(const std::any& /*sender*/) {
+  dismiss(/*animated=*/true, [done = doneCallback] {
+    if (done) done();
+  });
+}
 
 void WebLoginVC::userContentController(WKUserContentController& /*controller*/, const WKScriptMessage& message) {
   const json& body = message.body();

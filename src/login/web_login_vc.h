@@ -52,6 +52,9 @@ class WebLoginVC : public UIViewController,
   // Replaced by loadView() with the configured web view.
   std::shared_ptr<WKWebView> webview;
   Callback callback;
+  // Called once Done has dismissed the screen: the opener learns that the
+  // reader left without logging in.
+  std::function<void()> doneCallback;
   std::int64_t obBidId = 0;
   std::int64_t publisherId = 0;
 
@@ -71,7 +74,8 @@ class WebLoginVC : public UIViewController,
   // The status bar height of the first key window's scene; 0 without one.
   double statausbarHeight() const;
 
-  // The Done button: dismisses the screen, animated; `callback` is not called.
+  // The Done button: dismisses the screen, animated; `callback` is not
+  // called, `doneCallback` is once the dismissal has completed.
   void onDoneButtonTapped(const std::any& sender);
 
   // The page's message. The body must be a dictionary holding "device_key" and

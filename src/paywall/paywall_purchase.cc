@@ -12,11 +12,6 @@
 #include "platform/main_loop.h"
 
 namespace obolo {
-namespace {
-
-void LogFailure(std::string message) { LogLine(message); }
-
-}  // namespace
 
 void PaywallVC::configureView() {
   if (!global.isOBTokenExist()) {
@@ -54,11 +49,13 @@ Completion<OboloData> PaywallVC::decideOnMainLoop() {
 // Both bids may be sent from the HTTP session's thread (after a token
 // refresh); they read only the shared configuration and the session store.
 void PaywallVC::requestCreateLoggedOutBid() {
-  NetworkManager::shared().createLoggedOutBid(bidParam(/*loggedIn=*/false), decideOnMainLoop(), LogFailure);
+  NetworkManager::shared().createLoggedOutBid(bidParam(/*loggedIn=*/false), decideOnMainLoop(),
+                                              onFailure(ServiceCall::createLoggedOutBid));
 }
 
 void PaywallVC::requestCreateLoggedInBid() {
-  NetworkManager::shared().createLoggedInBid(bidParam(/*loggedIn=*/true), decideOnMainLoop(), LogFailure);
+  NetworkManager::shared().createLoggedInBid(bidParam(/*loggedIn=*/true), decideOnMainLoop(),
+                                             onFailure(ServiceCall::createLoggedInBid));
 }
 
 // The refresh's answers stay on the HTTP session's thread: they only write the
@@ -79,6 +76,7 @@ void PaywallVC::getNextAccesToken() {
         // The reader goes on as logged out for this article; the stored
         // session is kept for the next attempt.
         LogLine(message);
+        if (me->reporter.listening()) me->reportFailure(ServiceCall::getNextAccessToken, message);
         me->requestCreateLoggedOutBid();
       });
 }
@@ -103,16 +101,19 @@ void PaywallVC::decidePaywall(const DataSet& data) {
   switch (decision.outcome) {
     case PaywallDecision::Outcome::kHide:
       hidePaywall();
+      if (reporter.listening()) report(PaywallEventKind::notApplicable);
       return;
     case PaywallDecision::Outcome::kReveal:
       showPaywall();
       reveal();
+      if (reporter.listening()) reportRevealed(/*paidNow=*/false);
       break;
     case PaywallDecision::Outcome::kShowCard:
       showPaywall();
       showCard();
       if (decision.transactionMode) transactionMode = *decision.transactionMode;
       if (decision.unlockButtonHidden) isUnlockButton(*decision.unlockButtonHidden);
+      if (reporter.listening()) reportCardShown(data);
       break;
   }
   configurePaywall(data);
@@ -141,7 +142,7 @@ void PaywallVC::requestCustomerBid(const std::string& deviceKey, const std::stri
           me->decidePaywall(data);
         });
       },
-      LogFailure);
+      onFailure(ServiceCall::customerBid));
 }
 
 void PaywallVC::requestAcceptBid() {
@@ -151,7 +152,14 @@ void PaywallVC::requestAcceptBid() {
   // Every answer that decodes counts as paid, whatever its `success`: the
   // service has taken the bid, and the reader is never shown an error.
   NetworkManager::shared().acceptBid(
-      param, [me = self()](OboloData) { MainLoop::main().post([me] { me->reveal(); }); }, LogFailure);
+      param,
+      [me = self()](OboloData) {
+        MainLoop::main().post([me] {
+          me->reveal();
+          if (me->reporter.listening()) me->reportRevealed(/*paidNow=*/true);
+        });
+      },
+      onFailure(ServiceCall::acceptBid));
 }
 
 }  // namespace obolo

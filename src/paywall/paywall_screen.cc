@@ -50,6 +50,7 @@ void PaywallVC::viewDidLoad() {
 void PaywallVC::viewWillAppear(bool animated) { UIViewController::viewWillAppear(animated); }
 
 void PaywallVC::onUnlockButtonTapped(const std::any& /*sender*/) {
+  if (reporter.listening()) reporter.report({.kind = PaywallEventKind::unlockTapped, .consent = isChecked_});
   if (!isChecked_) return;  // the card already shows the consent warning
   if (!global.isOBTokenExist()) {
     openLoginScreen();
@@ -67,7 +68,11 @@ void PaywallVC::prepare(const UIStoryboardSegue& segue, const std::any& /*sender
   login->publisherId = global.publisherId();
   login->callback = [me = self()](std::string deviceKey, std::string loginKey) {
     me->isRedirectToPaywall = true;
+    if (me->reporter.listening()) me->report(PaywallEventKind::loginCompleted);
     me->requestCustomerBid(deviceKey, loginKey);
+  };
+  login->doneCallback = [me = self()] {
+    if (me->reporter.listening()) me->report(PaywallEventKind::loginClosed);
   };
 }
 
@@ -92,11 +97,18 @@ void PaywallVC::reveal() {
   show(splashView, kRevealSeconds);
   show(visualEffectView, kRevealSeconds);
   show(view(), kRevealSeconds);
-  if (auto host = viewController.lock()) addFloatingButton(*host, kRevealSeconds);
+  if (auto host = viewController.lock()) {
+    // The wallet opened from the button reports to this paywall's observers.
+    AttachReporter(*host, reporter);
+    addFloatingButton(*host, kRevealSeconds);
+  }
 }
 
 void PaywallVC::setSplashMessage(const std::optional<std::string>& text) { lblSplashMessage->setText(text); }
 
-void PaywallVC::openLoginScreen() { performSegue(kPaywallToWebLoginSegue, std::any(self())); }
+void PaywallVC::openLoginScreen() {
+  performSegue(kPaywallToWebLoginSegue, std::any(self()));
+  if (reporter.listening()) report(PaywallEventKind::loginOpened);
+}
 
 }  // namespace obolo

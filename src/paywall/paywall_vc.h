@@ -43,6 +43,7 @@
 #include <vector>
 
 #include "entry/global_variable.h"
+#include "entry/paywall_reporter.h"
 #include "entry/position.h"
 #include "network/network_manager.h"
 #include "network/response_records.h"
@@ -106,6 +107,9 @@ class PaywallVC : public UIViewController {
   // True when the host gave its own content view (it is blurred by
   // visualEffectView instead of effectView).
   bool isCustom = false;
+  // The host's observers of this paywall and its article; the global
+  // observers only when no Obolo handed one over (paywall_events.cc).
+  PaywallReporter reporter;
 
   // --- Purchase state ------------------------------------------------------
   std::int64_t obBidId = 0;       // the current bid
@@ -153,6 +157,16 @@ class PaywallVC : public UIViewController {
   void reveal();
   void setSplashMessage(const std::optional<std::string>& text);
   void openLoginScreen();
+
+  // What the host's observers hear (paywall_events.cc). Each is called only
+  // when reporter.listening().
+  void reportCardShown(const DataSet& data) const;
+  void report(PaywallEventKind kind) const;
+  void reportRevealed(bool paidNow) const;
+  void reportFailure(ServiceCall call, const std::string& failureText) const;
+  // A service call's failure handler: writes the text out and, when anyone
+  // may be listening as the call goes out, reports it.
+  OnFailure onFailure(ServiceCall call) const;
 
   std::shared_ptr<PaywallVC> self();
   CreateLoggedBidParam bidParam(bool loggedIn) const;

@@ -6,11 +6,13 @@
 
 #include "entry/kit_bundle.h"
 #include "entry/obolo_storyboard.h"
+#include "entry/paywall_reporter.h"
 #include "platform/log.h"
 #include "platform/main_loop.h"
 #include "toolkit/ui_image.h"
 #include "toolkit/ui_pan_gesture_recognizer.h"
 #include "toolkit/ui_screen.h"
+#include "wallet/logout_controller.h"
 
 namespace obolo {
 namespace {
@@ -51,6 +53,12 @@ void OnTap(UIViewController& controller) {
   auto wallet = OboloStoryboard().instantiateViewController(kLogoutSceneIdentifier);
   if (!wallet) return;
   wallet->setModalPresentationStyle(UIModalPresentationStyle::fullScreen);
+  // The wallet reports to the observers of the paywall that added the button;
+  // it needs them before its view loads and the balance call goes out, and
+  // they hear of the opening before they can hear of that call.
+  const PaywallReporter reporter = AttachedReporter(controller);
+  if (auto screen = std::dynamic_pointer_cast<LogoutController>(wallet)) screen->reporter = reporter;
+  if (reporter.listening()) reporter.report({.kind = PaywallEventKind::walletOpened});
   controller.present(wallet, /*animated=*/true);
 }
 

@@ -52,6 +52,12 @@ std::shared_ptr<UIButton> MakeButton(CGRect frame, std::string title, UIColor ti
   return button;
 }
 
+void ReportFailure(const PaywallReporter& reporter, ServiceCall call, std::string message) {
+  if (!reporter.listening()) return;
+  reporter.report(
+      {.kind = PaywallEventKind::serviceCallFailed, .call = call, .failureText = std::move(message)});
+}
+
 }  // namespace
 
 std::string BalanceText(const BADataSet& data) {
@@ -144,7 +150,10 @@ void LogoutController::requestBalanceAndArticle() {
           self->lblBalance->setText(BalanceText(*answer.data));
         });
       },
-      [screen](std::string message) { LogLine(message); });
+      [screen, reporter = reporter](std::string message) {
+        LogLine(message);
+        ReportFailure(reporter, ServiceCall::getBalanceAndArticles, std::move(message));
+      });
 }
 
 void LogoutController::requestLogout() {
@@ -162,14 +171,20 @@ void LogoutController::requestLogout() {
           const auto& self = screen->get();
           if (!self) return;
           GlobalVariable& global = self->global;
-          self->dismiss(/*animated=*/true, [&global] {
+          self->dismiss(/*animated=*/true, [&global, reporter = self->reporter] {
+            // Reported before the paywalls hear of it and ask for new bids,
+            // so the host hears the logout before the cards come back.
+            if (reporter.listening()) reporter.report({.kind = PaywallEventKind::logout});
             // Observers run first and still find the session that is ending.
             NotificationCenter::defaultCenter().post(kSessionEndedNotification);
             global.logout();
           });
         });
       },
-      [screen](std::string message) { LogLine(message); });
+      [screen, reporter = reporter](std::string message) {
+        LogLine(message);
+        ReportFailure(reporter, ServiceCall::logout, std::move(message));
+      });
 }
 
 }  // namespace obolo

@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "entry/global_variable.h"
+#include "entry/paywall_reporter.h"
 #include "network/response_records.h"
 #include "toolkit/ui_button.h"
 #include "toolkit/ui_label.h"
@@ -47,6 +48,10 @@ class LogoutController : public UIViewController {
 
   // The shared record, fixed at construction.
   GlobalVariable& global;
+  // The host's observers: the logout and failed calls are reported to them.
+  // Set by the floating button before the view loads; the global observers
+  // otherwise.
+  PaywallReporter reporter;
 
   // Builds the screen in code: the balance label, Cancel and Logout, and the
   // three link buttons, each wired to its action.
