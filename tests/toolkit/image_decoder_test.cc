@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -89,9 +90,11 @@ std::string WritePng(png_uint_32 format, int width, int height, const void* pixe
   return png;
 }
 
-// A flat CMYK JPEG, as print workflows write them: Adobe's inverted
-// convention, which libjpeg marks with an Adobe marker.
-std::string WriteCmykJpeg(int size, const unsigned char cmyk[4]) {
+// A JPEG of `size` x `size` samples of `components` bytes in `space`, with
+// libjpeg's defaults changed by `configure`; `sample(x, y, c)` gives each byte.
+std::string WriteJpeg(int size, int components, J_COLOR_SPACE space,
+                      const std::function<void(jpeg_compress_struct&)>& configure,
+                      const std::function<unsigned char(int, int, int)>& sample) {
   jpeg_compress_struct cinfo{};
   jpeg_error_mgr errors{};
   cinfo.err = jpeg_std_error(&errors);
@@ -101,14 +104,14 @@ std::string WriteCmykJpeg(int size, const unsigned char cmyk[4]) {
   jpeg_mem_dest(&cinfo, &output, &output_size);
   cinfo.image_width = size;
   cinfo.image_height = size;
-  cinfo.input_components = 4;
-  cinfo.in_color_space = JCS_CMYK;
+  cinfo.input_components = components;
+  cinfo.in_color_space = space;
   jpeg_set_defaults(&cinfo);
-  jpeg_set_quality(&cinfo, 95, TRUE);
+  configure(cinfo);
   jpeg_start_compress(&cinfo, TRUE);
-  std::vector<unsigned char> row(size * 4);
-  for (int x = 0; x < size; ++x) std::memcpy(&row[x * 4], cmyk, 4);
-  while (cinfo.next_scanline < cinfo.image_height) {
+  std::vector<unsigned char> row(size * components);
+  for (int y = 0; y < size; ++y) {
+    for (int i = 0; i < size * components; ++i) row[i] = sample(i / components, y, i % components);
     JSAMPROW rows[] = {row.data()};
     jpeg_write_scanlines(&cinfo, rows, 1);
   }
@@ -119,23 +122,19 @@ std::string WriteCmykJpeg(int size, const unsigned char cmyk[4]) {
   return jpeg;
 }
 
-// An 8 x 8 grey progressive JPEG of many scans: the DC coefficients in
-// one, then each of the 63 AC coefficients in a scan of its own (64 scans),
-// at half precision when asked to refine, and then all of it refined to
+// A flat CMYK JPEG, as print workflows write them: Adobe's inverted
+// convention, which libjpeg marks with an Adobe marker.
+std::string WriteCmykJpeg(int size, const unsigned char cmyk[4]) {
+  return WriteJpeg(
+      size, 4, JCS_CMYK, [](jpeg_compress_struct& cinfo) { jpeg_set_quality(&cinfo, 95, TRUE); },
+      [cmyk](int, int, int c) { return cmyk[c]; });
+}
+
+// An 8 x 8 grey progressive JPEG of many scans: the DC coefficients in one,
+// then each of the 63 AC coefficients in a scan of its own (64 scans); when
+// asked to refine, all of it at half precision first and then refined to
 // full precision in a second round (128 scans).
 std::string WriteManyScanJpeg(bool refine) {
-  jpeg_compress_struct cinfo{};
-  jpeg_error_mgr errors{};
-  cinfo.err = jpeg_std_error(&errors);
-  jpeg_create_compress(&cinfo);
-  unsigned char* output = nullptr;
-  unsigned long output_size = 0;
-  jpeg_mem_dest(&cinfo, &output, &output_size);
-  cinfo.image_width = 8;
-  cinfo.image_height = 8;
-  cinfo.input_components = 1;
-  cinfo.in_color_space = JCS_GRAYSCALE;
-  jpeg_set_defaults(&cinfo);
   std::vector<jpeg_scan_info> scans;
   const int shift = refine ? 1 : 0;
   scans.push_back({1, {0}, 0, 0, 0, shift});
@@ -144,20 +143,13 @@ std::string WriteManyScanJpeg(bool refine) {
     scans.push_back({1, {0}, 0, 0, 1, 0});
     for (int k = 1; k < 64; ++k) scans.push_back({1, {0}, k, k, 1, 0});
   }
-  cinfo.scan_info = scans.data();
-  cinfo.num_scans = static_cast<int>(scans.size());
-  jpeg_start_compress(&cinfo, TRUE);
-  std::vector<unsigned char> row(8);
-  for (int y = 0; y < 8; ++y) {
-    for (int x = 0; x < 8; ++x) row[x] = static_cast<unsigned char>(x * 30 + y * 3);
-    JSAMPROW rows[] = {row.data()};
-    jpeg_write_scanlines(&cinfo, rows, 1);
-  }
-  jpeg_finish_compress(&cinfo);
-  jpeg_destroy_compress(&cinfo);
-  std::string jpeg(reinterpret_cast<char*>(output), output_size);
-  std::free(output);
-  return jpeg;
+  return WriteJpeg(
+      8, 1, JCS_GRAYSCALE,
+      [&scans](jpeg_compress_struct& cinfo) {
+        cinfo.scan_info = scans.data();
+        cinfo.num_scans = static_cast<int>(scans.size());
+      },
+      [](int x, int y, int) { return static_cast<unsigned char>(x * 30 + y * 3); });
 }
 
 int AppendGifBytes(GifFileType* gif, const GifByteType* data, int length) {
