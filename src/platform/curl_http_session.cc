@@ -384,9 +384,12 @@ void CurlHttpSession::Run(std::shared_ptr<Core> core) {
       if (message->msg != CURLMSG_DONE) continue;
       Transfer* transfer = nullptr;
       curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &transfer);
-      const CURLcode code = message->data.result;
+      CURLcode code = message->data.result;
       curl_multi_remove_handle(multi, message->easy_handle);
-      if (transfer->FollowRedirect(code) && curl_multi_add_handle(multi, transfer->easy) == CURLM_OK) continue;
+      if (transfer->FollowRedirect(code)) {
+        if (curl_multi_add_handle(multi, transfer->easy) == CURLM_OK) continue;
+        code = CURLE_FAILED_INIT;  // the next hop could not start: a failure, not the last hop's answer
+      }
       HttpOutcome outcome = transfer->Finish(code);
       complete(transfer, std::move(outcome));
     }
