@@ -2,8 +2,9 @@
 // screen: any JSON value, or, for bytes that are not JSON, the bytes as a
 // string. The screen never crashes, and only a dictionary holding
 // "device_key" and "login_key" as texts closes it and calls back, once, with
-// exactly those texts; anything else leaves it open until Done. Either way the
-// dismissed screen is released.
+// exactly those texts; anything else leaves it open until Done. The same body
+// posted first by a frame inside the page and by a page of another origin is
+// never heard. Either way the dismissed screen is released.
 
 #include <chrono>
 #include <cstddef>
@@ -78,6 +79,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   };
   stage.host->present(screen, /*animated=*/true);
   Settle();
+  obolo::WKFrameInfo subframe = screen->webview->mainFrame();
+  subframe.isMainFrame = false;
+  const obolo::WKFrameInfo elsewhere{true, {"https", "wallet.obolo.io.example", 0}};
+  for (const auto& frame : {subframe, elsewhere}) {
+    Check(screen->webview->postMessageFromPage("obHandler", body, frame));
+    Settle();
+    Check(calls == 0 && stage.host->presentedViewController() == screen);
+  }
   Check(screen->webview->postMessageFromPage("obHandler", std::move(body)));
   Settle();
 

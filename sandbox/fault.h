@@ -22,7 +22,7 @@ enum class FaultKind {
   kEmptyBody,              // HTTP 200 with zero bytes of body
   kCloseWithoutResponse,   // the connection is closed before any byte of a response
   kSlowAnswer,             // the normal answer, after `delay`
-  kCustomAnswer,           // `status`, `contentType` and `body` exactly as given
+  kCustomAnswer,           // `status`, `contentType`, `body` and `location` exactly as given
 };
 
 struct Fault {
@@ -41,6 +41,8 @@ struct Fault {
   int status = 200;
   std::string contentType = "application/json";
   std::string body;
+  // kCustomAnswer: a Location header field when not empty (a redirect).
+  std::string location;
 
   static Fault Once(FaultKind kind) { return Times(kind, 1); }
   static Fault Always(FaultKind kind) { return Times(kind, kUntilCleared); }
@@ -59,6 +61,13 @@ struct Fault {
     Fault fault = Times(FaultKind::kCustomAnswer, times);
     fault.status = status;
     fault.body = std::move(body);
+    return fault;
+  }
+  // A 3xx answer pointing at `location`, with `body` (a JSON object unless
+  // `contentType` says otherwise).
+  static Fault Redirect(int status, std::string location, std::string body, int times = 1) {
+    Fault fault = Custom(status, std::move(body), times);
+    fault.location = std::move(location);
     return fault;
   }
 };

@@ -107,6 +107,7 @@ void RouteFront::handle(const httplib::Request& request, httplib::Response& resp
         stop_.waitFor(fault->delay);
       } else if (std::optional<Answer> answer = FaultAnswer(*fault, envelope)) {
         Write(*answer, response);
+        if (!fault->location.empty()) response.set_header("Location", fault->location);
         return;
       }
     }

@@ -75,6 +75,28 @@ std::optional<std::string> TextAt(const json& body, const char* key) {
   return found->get<std::string>();
 }
 
+// True for the main frame of a page from the wallet site or from the service's
+// web origin (where the login page sends the reader back). Any other frame or
+// page, one the reader navigated to or one embedded in the login page, could
+// hand over keys of its own choosing.
+bool FromLoginPage(const WKFrameInfo& frame) {
+  if (!frame.isMainFrame) return false;
+  for (const std::string* trusted : {&LOGIN_WALLET_ORIGIN(), &LOGIN_REDIRECT_ORIGIN()}) {
+    auto url = URL::fromString(*trusted);
+    if (url && WKSecurityOrigin::of(*url).isSameOrigin(frame.securityOrigin)) return true;
+  }
+  return false;
+}
+
+std::string Describe(const WKFrameInfo& frame) {
+  const WKSecurityOrigin& origin = frame.securityOrigin;
+  std::string text = frame.isMainFrame ? "the main frame of " : "a subframe of ";
+  if (origin.isOpaque()) return text + "an opaque origin";
+  text += origin.protocol + "://" + origin.host;
+  if (origin.port != 0) text += ":" + std::to_string(origin.port);
+  return text;
+}
+
 }  // namespace
 
 const std::string& LOGIN_WALLET_ORIGIN() {
@@ -194,6 +216,10 @@ void WebLoginVC::onDoneButtonTapped(const std::any& /*sender*/) {
 void WebLoginVC::userContentController(WKUserContentController& /*controller*/, const WKScriptMessage& message) {
   const json& body = message.body();
   LogLine(OneLine(body), LogContent::kCredential);
+  if (!FromLoginPage(message.frameInfo())) {
+    LogLine("Login message ignored: it came from " + Describe(message.frameInfo()) + ", not the login page");
+    return;
+  }
   if (!body.is_object()) return;
   auto deviceKey = TextAt(body, "device_key");
   if (!deviceKey) return;

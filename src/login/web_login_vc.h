@@ -78,10 +78,14 @@ class WebLoginVC : public UIViewController,
   // called, `doneCallback` is once the dismissal has completed.
   void onDoneButtonTapped(const std::any& sender);
 
-  // The page's message. The body must be a dictionary holding "device_key" and
-  // "login_key" as texts; anything else (other kinds of value, a body that is
-  // not a dictionary) is written out and ignored, leaving the screen open. The
-  // body is written as one credential line. Never throws.
+  // The page's message. It must come from the main frame of a page whose
+  // origin is the wallet site's or the service's web origin (the login page's
+  // redirect), and its body must be a dictionary holding "device_key" and
+  // "login_key" as texts. Anything else (another origin, a subframe, other
+  // kinds of value, a body that is not a dictionary) is written out and
+  // ignored, leaving the screen open; a message from elsewhere also gets a
+  // line naming its frame. The body is written as one credential line. Never
+  // throws.
   void userContentController(WKUserContentController& controller, const WKScriptMessage& message) override;
 
   // The login page's address: the wallet site's origin, then the five query

@@ -1,5 +1,6 @@
 #include "network/network_manager.h"
 
+#include <cstddef>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -19,6 +20,14 @@ constexpr std::string_view kCreateBidContentType = "application/json";
 constexpr std::string_view kContentType = "Application/json";
 constexpr std::string_view kAccept = "application/json";
 
+// The largest answer the kit takes from the service. Its largest real answer,
+// a balance with a page of recommendations, is tens of kilobytes and a full
+// bid a few; 1 MiB leaves ample room while keeping a hostile or broken answer
+// from costing more memory than a phone can spare.
+constexpr std::size_t kMaxAnswerBytes = 1024 * 1024;
+// onFailure's text for an answer past kMaxAnswerBytes, in the decoder's words.
+constexpr char kAnswerTooLarge[] = "The data couldn't be read because it is too large.";
+
 // Answers that can carry a session (tokens, device key) are logged as
 // credentials, so a host can keep them out of its logs.
 template <class Envelope>
@@ -33,8 +42,25 @@ HttpRequest MakeRequest(std::string url, std::string_view method, std::string_vi
   request.url = std::move(url);
   request.method = std::string(method);
   request.timeout = std::chrono::seconds(60);
+  // A 3xx answer is the service's answer: following it would hand the body
+  // (keys, tokens, a payment) to whatever address the answer names.
+  request.maxRedirects = 0;
+  request.maxBodyBytes = kMaxAnswerBytes;
   request.setValue(contentType, "Content-Type");
   return request;
+}
+
+// A header value that would break its line (a stored token holding CR LF,
+// from an answer or a host) is never sent: the call ends here, like one with
+// an invalid address, with one line that names the field but not its value.
+bool CanBeSent(const HttpRequest& request) {
+  for (const auto& [name, value] : request.headers) {
+    if (!IsSendableHeaderField(name, value)) {
+      LogLine("Not sent: the " + name + " header holds a line break or NUL");
+      return false;
+    }
+  }
+  return true;
 }
 
 void SetBearer(HttpRequest& request) {
@@ -46,10 +72,15 @@ enum class SuccessRule { kIgnore, kRequireSuccess };
 // Sends the request and runs the response handler on the session's thread.
 template <class Envelope>
 void Send(HttpRequest request, SuccessRule rule, Completion<Envelope> completion, OnFailure onFailure) {
+  if (!CanBeSent(request)) return;
   HttpSession::shared()->dataTask(
       std::move(request), [rule, completion = std::move(completion),
                            onFailure = std::move(onFailure)](HttpOutcome outcome) {
         if (outcome.response) LogLine(outcome.response->url);
+        if (outcome.error == TransportError::kResponseTooLarge) {
+          if (onFailure) onFailure(kAnswerTooLarge);
+          return;
+        }
         if (!outcome.body) return;
         auto decoded = DecodeRecord<Envelope>(*outcome.body);
         if (!decoded) {
@@ -127,6 +158,9 @@ void NetworkManager::createLoggedInBid(const CreateLoggedBidParam& param, Comple
   if (!IsValidUrl(url)) return;
   HttpRequest request = MakeRequest(url, "POST", kCreateBidContentType);
   SetBearer(request);
+  // Checked before the token is written out, so an unsendable one never
+  // reaches the log either.
+  if (!CanBeSent(request)) return;
   request.body = getCreateLoggedParams(param).json();
   LogLine(url);
   LogLine("Access Token: " + GlobalVariable::shared().getAccessToken(), LogContent::kCredential);

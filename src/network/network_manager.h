@@ -5,14 +5,21 @@
 // `completion`, or a failure text to `onFailure`. Each call returns at once and
 // later invokes at most one of its two closures, at most once:
 //
+//   - a header value holds CR, LF or NUL (a stored token can): no request is
+//     sent, one line says which field, and neither closure runs;
 //   - no body arrived (no network, time-out, TLS failure, connection closed):
 //     neither closure runs; the transport error is dropped;
+//   - the body passed 1 MiB: onFailure with "The data couldn't be read
+//     because it is too large.";
 //   - the body does not decode into the call's envelope: onFailure with the
 //     decoding failure's sentence;
 //   - createLoggedInBid only: an envelope whose `success` is not true goes to
 //     onFailure with its `message` ("" when absent);
 //   - otherwise completion, whatever `success`, `message` or the HTTP status
 //     say. Judging the answer is the caller's business.
+//
+// A call follows no redirect: a 3xx answer is the answer, decoded like any
+// other, and each call sends at most one request, to the service's address.
 //
 // Threads: a call may be issued from any thread; the bearer token is read from
 // the session store on the issuing thread. Both closures run on the HTTP

@@ -2,10 +2,13 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <deque>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -60,6 +63,8 @@ TransportError ErrorFor(CURLcode code) {
       return TransportError::kCannotConnect;
     case CURLE_OPERATION_TIMEDOUT:
       return TransportError::kTimedOut;
+    case CURLE_FILESIZE_EXCEEDED:
+      return TransportError::kResponseTooLarge;
     case CURLE_SSL_CONNECT_ERROR:
     case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_CERTPROBLEM:
@@ -74,6 +79,17 @@ TransportError ErrorFor(CURLcode code) {
     default:
       return TransportError::kOther;
   }
+}
+
+bool IsRedirectStatus(long status) {
+  return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
+}
+
+bool IsHttpsAddress(std::string_view url) {
+  constexpr std::string_view kHttps = "https:";
+  return url.size() >= kHttps.size() &&
+         std::equal(kHttps.begin(), kHttps.end(), url.begin(),
+                    [](char a, char b) { return a == std::tolower(static_cast<unsigned char>(b)); });
 }
 
 }  // namespace
@@ -91,6 +107,8 @@ struct CurlHttpSession::Transfer {
   bool sent = false;      // the request went out at least once
   bool answered = false;  // a status line arrived since it last went out
   bool too_large = false;
+  int redirects = 0;             // hops followed so far
+  std::string redirect_refusal;  // why the next hop was refused; empty while none was
   char error[CURL_ERROR_SIZE] = {};
 
   ~Transfer() {
@@ -101,7 +119,7 @@ struct CurlHttpSession::Transfer {
   static size_t OnBody(char* data, size_t size, size_t count, void* self) {
     auto* transfer = static_cast<Transfer*>(self);
     const size_t bytes = size * count;
-    if (transfer->body.size() + bytes > kMaxBodyBytes) {
+    if (bytes > transfer->request.maxBodyBytes - transfer->body.size()) {
       transfer->too_large = true;
       return 0;  // makes libcurl end the transfer with a write error
     }
@@ -129,8 +147,8 @@ struct CurlHttpSession::Transfer {
   // without an answer in between is libcurl repeating a request whose reused
   // connection died before any answer came, on a new connection; the service
   // may have acted on the first one already (a payment, a one-time login key,
-  // a logout), so the transfer fails instead. A second time after an answer
-  // is a redirect, which the server asked for.
+  // a logout), so the transfer fails instead. Requests that send a body never
+  // follow a redirect, so no answer ever leads to a second send either.
   static int OnPrerequest(void* self, char*, char*, int, int) {
     auto* transfer = static_cast<Transfer*>(self);
     if (transfer->sent && !transfer->answered) return CURL_PREREQFUNC_ABORT;
@@ -139,19 +157,23 @@ struct CurlHttpSession::Transfer {
     return CURL_PREREQFUNC_OK;
   }
 
-  // Prepares the easy handle. False when libcurl cannot take the request.
-  bool Prepare() {
+  // Prepares the easy handle: kNone, or why the request cannot go out.
+  TransportError Prepare() {
+    for (const auto& [name, value] : request.headers) {
+      if (!IsSendableHeaderField(name, value)) return TransportError::kInvalidHeader;
+    }
     easy = curl_easy_init();
-    if (easy == nullptr) return false;
+    if (easy == nullptr) return TransportError::kOther;
     curl_easy_setopt(easy, CURLOPT_URL, request.url.c_str());
     curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, error);
     curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(request.timeout.count()));
-    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(easy, CURLOPT_MAXREDIRS, 16L);
+    // libcurl follows nothing itself: FollowRedirect() decides each hop.
+    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+    // An answer that announces a body past the cap ends before its body.
+    curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(request.maxBodyBytes));
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Transfer::OnBody);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Transfer::OnHeader);
@@ -193,6 +215,36 @@ struct CurlHttpSession::Transfer {
     if (!request.value("Accept")) header_list = curl_slist_append(header_list, "Accept:");
     header_list = curl_slist_append(header_list, "Expect:");
     curl_easy_setopt(easy, CURLOPT_HTTPHEADER, header_list);
+    return TransportError::kNone;
+  }
+
+  // After a hop ended with `code`: true when the transfer goes on to the
+  // address its 3xx answer named, with the handle pointed there. A hop past
+  // maxRedirects, or from https to anything else, is refused instead (Finish()
+  // then fails the transfer).
+  bool FollowRedirect(CURLcode code) {
+    if (code != CURLE_OK || request.maxRedirects <= 0 || request.method != "GET") return false;
+    long status = 0;
+    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    char* next = nullptr;
+    if (!IsRedirectStatus(status) || curl_easy_getinfo(easy, CURLINFO_REDIRECT_URL, &next) != CURLE_OK ||
+        next == nullptr) {
+      return false;
+    }
+    char* current = nullptr;
+    curl_easy_getinfo(easy, CURLINFO_EFFECTIVE_URL, &current);
+    if (redirects >= request.maxRedirects) {
+      redirect_refusal = "More than " + std::to_string(request.maxRedirects) + " redirects.";
+      return false;
+    }
+    if (current != nullptr && IsHttpsAddress(current) && !IsHttpsAddress(next)) {
+      redirect_refusal = "A redirect from https to another scheme was refused.";
+      return false;
+    }
+    ++redirects;
+    curl_easy_setopt(easy, CURLOPT_URL, next);  // copied by libcurl
+    body.clear();
+    response_headers.clear();
     return true;
   }
 
@@ -208,7 +260,10 @@ struct CurlHttpSession::Transfer {
       response.headers = std::move(response_headers);
       outcome.response = std::move(response);
     }
-    if (code == CURLE_OK) {
+    if (!redirect_refusal.empty()) {
+      outcome.error = TransportError::kRedirectRefused;
+      outcome.errorDescription = redirect_refusal;
+    } else if (code == CURLE_OK) {
       outcome.body = std::move(body);
     } else {
       outcome.error = too_large ? TransportError::kResponseTooLarge : ErrorFor(code);
@@ -308,10 +363,16 @@ void CurlHttpSession::Run(std::shared_ptr<Core> core) {
       Transfer* raw = transfer.get();
       raw->share = core->share;
       running.push_back(std::move(transfer));
-      if (!raw->Prepare() || curl_multi_add_handle(multi, raw->easy) != CURLM_OK) {
+      TransportError refused = raw->Prepare();
+      if (refused == TransportError::kNone && curl_multi_add_handle(multi, raw->easy) != CURLM_OK) {
+        refused = TransportError::kOther;
+      }
+      if (refused != TransportError::kNone) {
         HttpOutcome outcome;
-        outcome.error = TransportError::kOther;
-        outcome.errorDescription = "The transfer could not be started.";
+        outcome.error = refused;
+        outcome.errorDescription = refused == TransportError::kInvalidHeader
+                                       ? "A header field holds a line break or NUL; nothing was sent."
+                                       : "The transfer could not be started.";
         complete(raw, std::move(outcome));
       }
     }
@@ -323,8 +384,12 @@ void CurlHttpSession::Run(std::shared_ptr<Core> core) {
       if (message->msg != CURLMSG_DONE) continue;
       Transfer* transfer = nullptr;
       curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &transfer);
-      const CURLcode code = message->data.result;
+      CURLcode code = message->data.result;
       curl_multi_remove_handle(multi, message->easy_handle);
+      if (transfer->FollowRedirect(code)) {
+        if (curl_multi_add_handle(multi, transfer->easy) == CURLM_OK) continue;
+        code = CURLE_FAILED_INIT;  // the next hop could not start: a failure, not the last hop's answer
+      }
       HttpOutcome outcome = transfer->Finish(code);
       complete(transfer, std::move(outcome));
     }

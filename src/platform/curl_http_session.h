@@ -13,6 +13,13 @@
 // TLS sessions are kept for all transfers, so a new connection to a server
 // that was connected before resumes its session instead of a full handshake.
 //
+// Each request states how far it may be redirected and how large an answer it
+// takes (HttpRequest::maxRedirects, maxBodyBytes). The session follows
+// redirects itself, hop by hop, so it can refuse a hop from https to http; a
+// request with no redirects allowed gets its 3xx answer as the answer. A
+// request with a header field that would break its line is refused before
+// any byte goes out.
+//
 // A request reaches the server at most once: when a reused connection dies
 // after a request body went out and before any answer, the transfer fails
 // rather than letting libcurl send the body again on a new connection.
@@ -20,7 +27,6 @@
 #ifndef OBOLO_PLATFORM_CURL_HTTP_SESSION_H_
 #define OBOLO_PLATFORM_CURL_HTTP_SESSION_H_
 
-#include <cstddef>
 #include <memory>
 #include <thread>
 
@@ -30,10 +36,6 @@ namespace obolo {
 
 class CurlHttpSession final : public HttpSession {
  public:
-  // Bodies beyond this size end the transfer with kResponseTooLarge: a broken
-  // or hostile server cannot make the kit hold an unbounded answer.
-  static constexpr std::size_t kMaxBodyBytes = 32 * 1024 * 1024;
-
   CurlHttpSession();
   // Stops the thread. Transfers still running are dropped without a call.
   ~CurlHttpSession() override;

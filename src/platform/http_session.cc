@@ -51,6 +51,12 @@ std::optional<std::string> HttpRequest::value(std::string_view field) const {
   return std::nullopt;
 }
 
+bool IsSendableHeaderField(std::string_view name, std::string_view value) {
+  constexpr std::string_view kLineBreaking("\r\n\0", 3);
+  return name.find_first_of(kLineBreaking) == std::string_view::npos &&
+         value.find_first_of(kLineBreaking) == std::string_view::npos;
+}
+
 std::shared_ptr<HttpSession> HttpSession::shared() {
   std::lock_guard<std::mutex> lock(SharedMutex());
   auto& session = Installed();

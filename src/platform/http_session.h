@@ -14,6 +14,7 @@
 #define OBOLO_PLATFORM_HTTP_SESSION_H_
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -27,14 +28,32 @@ namespace obolo {
 using HttpHeaders = std::vector<std::pair<std::string, std::string>>;
 
 // One request. Header names and values go on the wire exactly as given (case
-// included), in the order they were set.
+// included), in the order they were set. A field whose name or value holds CR,
+// LF or NUL would split into lines of the caller's choosing on the wire: such a
+// request is never sent (see IsSendableHeaderField).
 struct HttpRequest {
+  // The body cap of a request that names none: far above any answer of the
+  // paywall service, far below what would strain a phone's memory.
+  static constexpr std::size_t kDefaultMaxBodyBytes = 1024 * 1024;
+
   std::string method = "GET";
   std::string url;
   HttpHeaders headers;
   std::string body;
   // Time allowed for the whole transfer.
   std::chrono::milliseconds timeout{60'000};
+  // Redirects the transfer may follow. With none (the default) a 3xx answer is
+  // an answer like any other, delivered with its status and body, and the
+  // request reaches exactly one address. Only a GET follows: a request with a
+  // body never goes to a second address. A GET that may follow goes at most
+  // this many hops and never from https to http; past either limit it fails
+  // with kRedirectRefused. Its header fields go to every address on the way,
+  // so such a request carries no credentials.
+  int maxRedirects = 0;
+  // The largest answer body the transfer accepts; a longer one ends it with
+  // kResponseTooLarge and no body, so a broken or hostile server cannot make
+  // the kit hold an unbounded answer.
+  std::size_t maxBodyBytes = kDefaultMaxBodyBytes;
 
   // Sets a header field, replacing any field of the same name (names compare
   // without regard to case, as HTTP does).
@@ -53,7 +72,9 @@ enum class TransportError {
   kTimedOut,
   kSecureConnectionFailed,
   kConnectionLost,   // the peer closed the connection without a whole response
-  kResponseTooLarge,
+  kResponseTooLarge,  // the body passed the request's maxBodyBytes
+  kRedirectRefused,   // past maxRedirects, or from https to http
+  kInvalidHeader,     // a header field held CR, LF or NUL; nothing was sent
   kCancelled,        // the session shut down before the transfer ended
   kOther,
 };
@@ -94,6 +115,10 @@ class HttpSession {
   // default libcurl session.
   static void setShared(std::shared_ptr<HttpSession> session);
 };
+
+// True when the field can go on the wire as one header line: neither its name
+// nor its value holds CR, LF or NUL.
+bool IsSendableHeaderField(std::string_view name, std::string_view value);
 
 // True on the thread where the default session runs its completion handlers.
 // Lets tests and checks tell completions apart from main-loop work.

@@ -4,6 +4,18 @@
 #include <cmath>
 
 namespace obolo {
+namespace {
+
+// `from` + `span`, or the clock's last instant when that lies beyond it: the
+// clock counts nanoseconds in 64 bits, which a long enough span overflows.
+MainLoop::Clock::time_point Later(MainLoop::Clock::time_point from, MainLoop::Seconds span) {
+  using Clock = MainLoop::Clock;
+  const MainLoop::Seconds room = Clock::time_point::max() - from;
+  if (!(span < room)) return Clock::time_point::max();
+  return from + std::chrono::duration_cast<Clock::duration>(span);
+}
+
+}  // namespace
 
 void Timer::invalidate() {
   valid_ = false;
@@ -31,9 +43,10 @@ void MainLoop::post(Task task) {
 
 std::shared_ptr<Timer> MainLoop::scheduleTimer(double interval, Timer::Block block) {
   if (!(interval > kMinimumTimerInterval)) interval = kMinimumTimerInterval;  // also NaN
+  interval = std::min(interval, kMaximumTimerInterval);
   auto timer = std::make_shared<Timer>();
   timer->interval_ = interval;
-  timer->due_ = now() + std::chrono::duration_cast<Clock::duration>(Seconds(interval));
+  timer->due_ = Later(now(), Seconds(interval));
   timer->block_ = std::move(block);
   timers_.emplace(std::make_pair(timer->due_, next_sequence_++), timer);
   return timer;
@@ -109,8 +122,7 @@ bool MainLoop::runTurn(const std::function<bool()>* predicate) {
 }
 
 bool MainLoop::runUntil(const std::function<bool()>& predicate, Seconds timeout) {
-  const Clock::time_point deadline =
-      Clock::now() + std::chrono::duration_cast<Clock::duration>(std::max(timeout, Seconds(0)));
+  const Clock::time_point deadline = Later(Clock::now(), std::max(timeout, Seconds(0)));
   for (;;) {
     if (predicate()) return true;
     if (runTurn(&predicate)) continue;
@@ -127,10 +139,9 @@ bool MainLoop::runUntil(const std::function<bool()>& predicate, Seconds timeout)
 
 void MainLoop::runFor(Seconds duration) {
   duration = std::max(duration, Seconds(0));
-  const auto span = std::chrono::duration_cast<Clock::duration>(duration);
 
   if (virtual_time_) {
-    const Clock::time_point target = virtual_now_ + span;
+    const Clock::time_point target = Later(virtual_now_, duration);
     for (;;) {
       while (runTurn(nullptr)) {
       }
@@ -142,7 +153,7 @@ void MainLoop::runFor(Seconds duration) {
     return;
   }
 
-  const Clock::time_point deadline = Clock::now() + span;
+  const Clock::time_point deadline = Later(Clock::now(), duration);
   for (;;) {
     const bool ran = runTurn(nullptr);
     if (Clock::now() >= deadline) return;

@@ -78,6 +78,10 @@ class MainLoop {
 
   // The intervals below this count as this: the platform's smallest timer.
   static constexpr double kMinimumTimerInterval = 0.0001;
+  // The intervals above this (and +infinity) count as this: 100 years, so the
+  // due time stays inside the clock's range (a nanosecond count overflows at
+  // about 292 years) and such a timer never fires in a process's lifetime.
+  static constexpr double kMaximumTimerInterval = 100.0 * 365 * 24 * 3600;
 
   // The process's loop, created on first use. The thread of that first use is
   // the main thread: call it from the process's main thread before other
@@ -93,7 +97,8 @@ class MainLoop {
   void post(Task task);
 
   // Schedules `block` to run once on the main thread, `interval` seconds from
-  // now (an interval of zero or less, or NaN, counts as 0.1 ms). Timers due at
+  // now (an interval of zero or less, or NaN, counts as 0.1 ms; one beyond
+  // kMaximumTimerInterval counts as that). Timers due at
   // the same time fire in the order they were scheduled. The returned timer can
   // be read or invalidated; the loop keeps it until it fires.
   std::shared_ptr<Timer> scheduleTimer(double interval, Timer::Block block);

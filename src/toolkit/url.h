@@ -26,6 +26,12 @@ class URL {
   std::string scheme() const;
   // The host of an address with an authority ("//host:port"); empty otherwise.
   std::string host() const;
+  // The port an address with an authority names ("//host:8443"); none when it
+  // names none, or when what follows the host's ":" is not a port number
+  // (digits only, at most 65535).
+  std::optional<int> port() const;
+  // True when a ":" follows the host, whether or not a port number follows it.
+  bool hasPortPart() const;
 
   friend bool operator==(const URL&, const URL&) = default;
 

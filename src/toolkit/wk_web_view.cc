@@ -25,16 +25,24 @@ std::optional<URL> WKWebView::url() const {
   return requests_.back().url();
 }
 
-bool WKWebView::postMessageFromPage(const std::string& name, nlohmann::json body) {
+WKFrameInfo WKWebView::mainFrame() const {
+  WKFrameInfo frame;
+  frame.isMainFrame = true;
+  if (auto loaded = url()) frame.securityOrigin = WKSecurityOrigin::of(*loaded);
+  return frame;
+}
+
+bool WKWebView::postMessageFromPage(const std::string& name, nlohmann::json body,
+                                    std::optional<WKFrameInfo> frame) {
   if (!configuration_.userContentController->handler(name)) return false;
   std::weak_ptr<WKWebView> weak = selfAs(this);
-  MainLoop::main().post([weak, name, body = std::move(body)]() mutable {
+  MainLoop::main().post([weak, name, body = std::move(body), frame = frame.value_or(mainFrame())]() mutable {
     auto web_view = weak.lock();
     if (!web_view) return;
     auto controller = web_view->configuration_.userContentController;
     auto handler = controller->handler(name);
     if (!handler) return;
-    const WKScriptMessage message(name, std::move(body), weak);
+    const WKScriptMessage message(name, std::move(body), weak, std::move(frame));
     handler->userContentController(*controller, message);
   });
   return true;

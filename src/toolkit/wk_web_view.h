@@ -18,6 +18,7 @@
 
 #include "toolkit/ui_view.h"
 #include "toolkit/url_request.h"
+#include "toolkit/wk_frame_info.h"
 #include "toolkit/wk_user_content_controller.h"
 
 namespace obolo {
@@ -67,7 +68,13 @@ class WKWebView : public UIView {
   // Returns false, posting nothing, when no handler has that name (the page's
   // script would fail). The handler registered under `name` when the message
   // is delivered receives it; a web view that is gone by then delivers nothing.
-  bool postMessageFromPage(const std::string& name, nlohmann::json body);
+  // `frame` is the frame that posts; by default the main frame of the page
+  // loaded last (an opaque origin while none was loaded), so load() also
+  // plays a navigation to another page.
+  bool postMessageFromPage(const std::string& name, nlohmann::json body,
+                           std::optional<WKFrameInfo> frame = std::nullopt);
+  // The main frame as the page loaded last would report it.
+  WKFrameInfo mainFrame() const;
 
  private:
   WKWebViewConfiguration configuration_;

@@ -1,5 +1,6 @@
 #include "ui/image_view_helpers.h"
 
+#include <cstddef>
 #include <string>
 #include <utility>
 
@@ -10,6 +11,14 @@
 #include "toolkit/url.h"
 
 namespace obolo {
+namespace {
+
+constexpr int kMaxImageRedirects = 5;
+// A publisher's logo is tens of kilobytes; 8 MiB still takes a large photo
+// and keeps a hostile server from filling the phone's memory.
+constexpr std::size_t kMaxImageBytes = 8 * 1024 * 1024;
+
+}  // namespace
 
 void imageFromURL(const std::shared_ptr<UIImageView>& imageView, std::string_view urlString) {
   if (!imageView) return;
@@ -30,6 +39,10 @@ void imageFromURL(const std::shared_ptr<UIImageView>& imageView, std::string_vie
 
   HttpRequest request;
   request.url = url->absoluteString();
+  // A logo host may move its files: a few hops are followed, never from https
+  // to http (a plain-text hop would let anyone on the way swap the image).
+  request.maxRedirects = kMaxImageRedirects;
+  request.maxBodyBytes = kMaxImageBytes;
   HttpSession::shared()->dataTask(std::move(request), [imageView, indicator](HttpOutcome outcome) {
     if (outcome.error != TransportError::kNone || !outcome.body) {
       LogLine(outcome.errorDescription);

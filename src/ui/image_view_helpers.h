@@ -13,9 +13,12 @@ namespace obolo {
 // Starts a large activity indicator the size of the image view, shown over it
 // only when the view shows no image yet, and logs `urlString` as one line.
 // Unless `urlString` is a URL, that is all. Otherwise a plain GET goes out on
-// HttpSession::shared(); its completion, on the session's thread:
-//  - after a transport failure logs the failure's description and stops (the
-//    indicator, if shown, stays and keeps spinning);
+// HttpSession::shared(), following at most 5 redirects and none from https
+// to http, for a body of at most 8 MiB; its completion, on the session's
+// thread:
+//  - after a transport failure (a refused redirect and a body past the cap
+//    included) logs the failure's description and stops (the indicator, if
+//    shown, stays and keeps spinning);
 //  - otherwise decodes the body there, on the session's thread, then hops to
 //    the main loop, which removes the indicator and sets the decoded image,
 //    whatever the HTTP status; a body that is not an image (or exceeds the

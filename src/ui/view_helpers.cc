@@ -19,7 +19,7 @@ void show(UIView& view) { view.setHidden(false); }
 
 void hide(UIView& view) { view.setHidden(true); }
 
-void show(const std::shared_ptr<UIView>& view, int seconds) {
+void show(const std::shared_ptr<UIView>& view, std::int64_t seconds) {
   if (!view) return;
   view->setHidden(false);
   MainLoop::main().scheduleTimer(static_cast<double>(seconds), [view](Timer& timer) {

@@ -5,6 +5,7 @@
 #ifndef OBOLO_UI_VIEW_HELPERS_H_
 #define OBOLO_UI_VIEW_HELPERS_H_
 
+#include <cstdint>
 #include <memory>
 
 #include "toolkit/ui_view.h"
@@ -22,8 +23,9 @@ void hide(UIView& view);
 // main-loop timer that first logs its interval as one line ("5.0"; an interval
 // of zero or less is the platform's 0.1 ms, "0.0001"). The timer keeps the
 // view alive until it fires; nothing cancels it, and a second call adds a
-// second timer.
-void show(const std::shared_ptr<UIView>& view, int seconds);
+// second timer. `seconds` is 64-bit, as is every whole number of seconds the
+// kit hands around; an interval beyond 100 years counts as 100 years.
+void show(const std::shared_ptr<UIView>& view, std::int64_t seconds);
 
 }  // namespace obolo
 

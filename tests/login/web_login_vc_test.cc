@@ -8,6 +8,7 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +21,9 @@
 #include "toolkit/ui_screen.h"
 #include "toolkit/ui_window.h"
 #include "toolkit/ui_window_scene.h"
+#include "toolkit/url.h"
+#include "toolkit/url_request.h"
+#include "toolkit/wk_frame_info.h"
 
 namespace obolo {
 namespace {
@@ -300,6 +304,66 @@ TEST_F(WebLoginTest, ClosedScreenNeverCallsBackStopsListeningAndIsReleased) {
     EXPECT_TRUE(calls.empty());
     screen.reset();
     EXPECT_TRUE(watch.expired()) << "leaked";
+  }
+}
+
+// Only the login page may hand over keys: the main frame of a page from the
+// wallet site or from the service's web origin, where the page sends the
+// reader back. A message from any other frame or page is written out with
+// where it came from and ignored, the screen left open.
+TEST_F(WebLoginTest, OnlyTheMainFrameOfTheLoginPagesOriginsIsHeard) {
+  const json keys = {{"device_key", "dk"}, {"login_key", "lk"}};
+  auto frame = [](bool main, std::string protocol, std::string host, int port) {
+    return std::optional<WKFrameInfo>(WKFrameInfo{main, {std::move(protocol), std::move(host), port}});
+  };
+  const struct {
+    const char* what;
+    std::optional<WKFrameInfo> frame;  // none: the main frame of the page shown
+    const char* navigatedTo;           // where the page went first, if anywhere
+    const char* ignoredAs;             // the frame as the ignoring line names it; none when heard
+  } cases[] = {
+      {"the login page as loaded", std::nullopt, nullptr, nullptr},
+      {"the wallet site, its port written out", frame(true, "https", "wallet.obolo.io", 443), nullptr, nullptr},
+      {"the wallet site in capitals", frame(true, "HTTPS", "Wallet.Obolo.io", 0), nullptr, nullptr},
+      {"the redirect page the login ends on", std::nullopt, "https://app.obolo.io/window-mode/index.html", nullptr},
+      {"a frame inside the login page", frame(false, "https", "wallet.obolo.io", 0), nullptr,
+       "a subframe of https://wallet.obolo.io"},
+      {"another site", frame(true, "https", "evil.example", 0), nullptr, "the main frame of https://evil.example"},
+      {"the wallet's host over plain http", frame(true, "http", "wallet.obolo.io", 0), nullptr,
+       "the main frame of http://wallet.obolo.io"},
+      {"the wallet's host on another port", frame(true, "https", "wallet.obolo.io", 8443), nullptr,
+       "the main frame of https://wallet.obolo.io:8443"},
+      {"a look-alike host", frame(true, "https", "wallet.obolo.io.evil.example", 0), nullptr,
+       "the main frame of https://wallet.obolo.io.evil.example"},
+      {"a page with no origin", frame(true, "", "", 0), nullptr, "the main frame of an opaque origin"},
+      {"a page the login page navigated to", std::nullopt, "https://evil.example/phish?next=wallet",
+       "the main frame of https://evil.example"},
+  };
+  ShowHost();
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    calls.clear();
+    auto screen = PresentLogin();
+    if (c.navigatedTo != nullptr) screen->webview->load(URLRequest(*URL::fromString(c.navigatedTo)));
+    log.clear();
+    ASSERT_TRUE(screen->webview->postMessageFromPage("obHandler", keys, c.frame));
+    Settle();
+    EXPECT_EQ(log.contains(keys.dump()), true) << "the body is written out either way";
+    if (c.ignoredAs == nullptr) {
+      ASSERT_EQ(calls.size(), 1u);
+      EXPECT_EQ(calls[0].deviceKey, "dk");
+      EXPECT_EQ(host->presentedViewController(), nullptr);
+      continue;
+    }
+    EXPECT_TRUE(calls.empty());
+    EXPECT_EQ(host->presentedViewController(), screen) << "still open";
+    EXPECT_TRUE(log.contains(std::string("Login message ignored: it came from ") + c.ignoredAs +
+                             ", not the login page"));
+    // The page that belongs there is still heard.
+    ASSERT_TRUE(screen->webview->postMessageFromPage("obHandler", keys, frame(true, "https", "wallet.obolo.io", 0)));
+    Settle();
+    EXPECT_EQ(calls.size(), 1u);
+    EXPECT_EQ(host->presentedViewController(), nullptr);
   }
 }
 

@@ -193,6 +193,35 @@ TEST_F(NetworkManagerTest, CallsOverlap) {
   EXPECT_TRUE(slow.wait());
 }
 
+// An answer body is held only up to 1 MiB: one byte more and the call fails
+// with one stable text instead of decoding, wherever the body comes from.
+TEST_F(NetworkManagerTest, AnAnswerPastOneMebibyteFailsWithAStableText) {
+  constexpr std::size_t kCap = 1024 * 1024;
+  // A balance answer of exactly `size` bytes: a message padded out.
+  auto answerOf = [](std::size_t size) {
+    const std::string head = R"({"success":true,"message":")", tail = R"("})";
+    return head + std::string(size - head.size() - tail.size(), 'x') + tail;
+  };
+  const struct {
+    std::size_t size;
+    int status;
+    bool fits;
+  } cases[] = {{kCap, 200, true}, {kCap + 1, 200, false}, {kCap + 1, 500, false}, {16 * kCap, 200, false}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.size) + " bytes with HTTP " + std::to_string(c.status));
+    sandbox_.setFault(sandbox::kBalanceAndArticlePath, sandbox::Fault::Custom(c.status, answerOf(c.size)));
+    CallProbe<BalanceAndArticleData> probe;
+    network_.getBalanceAndArticles({}, probe.completion(), probe.onFailure());
+    ASSERT_TRUE(probe.wait());
+    if (c.fits) {
+      ASSERT_TRUE(probe.envelope().has_value());
+      EXPECT_EQ(probe.envelope()->message->size(), c.size - 29);
+    } else {
+      EXPECT_EQ(probe.failure(), "The data couldn't be read because it is too large.");
+    }
+  }
+}
+
 // The lines a call writes until its closure has run.
 template <class Envelope, class Issue>
 std::vector<testing::LogCapture::Line> LinesOf(Issue issue) {

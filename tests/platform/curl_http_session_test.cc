@@ -15,6 +15,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <future>
@@ -25,6 +26,7 @@
 #include <vector>
 
 #include "sandbox/certificate.h"
+#include "support/loopback_origin.h"
 
 namespace obolo {
 namespace {
@@ -114,15 +116,19 @@ class OneShotTlsServer {
   std::vector<bool> resumed_;
 };
 
-// Sends one GET and waits for its outcome.
-HttpOutcome Get(HttpSession& session, const std::string& url) {
+// Sends the request and waits for its outcome.
+HttpOutcome Send(HttpSession& session, HttpRequest request) {
   auto promise = std::make_shared<std::promise<HttpOutcome>>();
   auto outcome = promise->get_future();
-  HttpRequest request;
-  request.url = url;
-  session.dataTask(request, [promise](HttpOutcome result) { promise->set_value(std::move(result)); });
+  session.dataTask(std::move(request), [promise](HttpOutcome result) { promise->set_value(std::move(result)); });
   if (outcome.wait_for(std::chrono::seconds(10)) != std::future_status::ready) return {};
   return outcome.get();
+}
+
+HttpOutcome Get(HttpSession& session, const std::string& url) {
+  HttpRequest request;
+  request.url = url;
+  return Send(session, std::move(request));
 }
 
 TEST(CurlHttpSessionTest, ANewConnectionResumesTheTlsSessionOfAnEarlierTransfer) {
@@ -157,6 +163,127 @@ TEST(CurlHttpSessionTest, TheTrustedCertificateFileIsReadOnceForManyConnections)
 
   const HttpOutcome outcome = Get(session, server.url());
   EXPECT_TRUE(outcome.body) << outcome.errorDescription;
+}
+
+// A field holding CR, LF or NUL would end its header line where the value
+// says; the session sends no byte of such a request.
+TEST(CurlHttpSessionTest, AHeaderFieldThatWouldBreakItsLineIsRefusedBeforeAnyByteGoesOut) {
+  testing::LoopbackOrigin origin(/*https=*/false);
+  ASSERT_TRUE(origin.start());
+  CurlHttpSession session;
+  const struct {
+    std::string name, value;
+    bool sendable;
+  } fields[] = {
+      {"Authorization", "Bearer a.b.c", true},
+      {"Authorization", "Bearer a.b.c\r\nX-Injected: yes", false},
+      {"Authorization", "Bearer a.b.c\nX-Injected: yes", false},
+      {"Authorization", "Bearer a.b.c\rX-Injected: yes", false},
+      {"Authorization", std::string("Bearer a.b.c") + '\0' + "X-Injected: yes", false},
+      {"X-Injected: yes\r\nAuthorization", "Bearer a.b.c", false},
+  };
+  for (const auto& field : fields) {
+    SCOPED_TRACE(::testing::PrintToString(field.name + ": " + field.value));
+    origin.clearRequests();
+    HttpRequest request;
+    request.method = "PUT";
+    request.url = origin.baseUrl() + "/v2/obid/acceptBid";
+    request.body = "{}";
+    request.setValue(field.value, field.name);
+    const HttpOutcome outcome = Send(session, std::move(request));
+    if (field.sendable) {
+      EXPECT_EQ(outcome.error, TransportError::kNone) << outcome.errorDescription;
+      ASSERT_EQ(origin.requests().size(), 1u);
+      EXPECT_EQ(origin.requests()[0].header("Authorization"), "Bearer a.b.c");
+    } else {
+      EXPECT_EQ(outcome.error, TransportError::kInvalidHeader);
+      EXPECT_FALSE(outcome.response || outcome.body);
+      EXPECT_TRUE(origin.requests().empty());
+    }
+  }
+}
+
+// The cap holds whether the answer announces its length or streams chunks.
+TEST(CurlHttpSessionTest, ABodyPastTheRequestsCapEndsTheTransferWithoutABody) {
+  testing::LoopbackOrigin origin(/*https=*/false);
+  ASSERT_TRUE(origin.start());
+  origin.setHandler([](const httplib::Request& request, httplib::Response& response) {
+    const auto size = static_cast<std::size_t>(std::stoul(request.get_param_value("size")));
+    if (!request.has_param("chunked")) {
+      response.set_content(std::string(size, 'x'), "text/plain");
+      return;
+    }
+    response.set_chunked_content_provider("text/plain", [size](std::size_t offset, httplib::DataSink& sink) {
+      const std::string chunk(std::min<std::size_t>(300, size - offset), 'x');
+      sink.write(chunk.data(), chunk.size());
+      if (offset + chunk.size() == size) sink.done();
+      return true;
+    });
+  });
+  CurlHttpSession session;
+  const struct {
+    std::size_t size;
+    bool chunked, fits;
+  } cases[] = {{1000, false, true}, {1001, false, false}, {1000, true, true}, {1001, true, false},
+               {100000, true, false}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.size) + (c.chunked ? " bytes in chunks" : " bytes"));
+    HttpRequest request;
+    request.url = origin.baseUrl() + "/answer?size=" + std::to_string(c.size) + (c.chunked ? "&chunked=1" : "");
+    request.maxBodyBytes = 1000;
+    const HttpOutcome outcome = Send(session, std::move(request));
+    if (c.fits) {
+      ASSERT_TRUE(outcome.body) << outcome.errorDescription;
+      EXPECT_EQ(outcome.body->size(), c.size);
+    } else {
+      EXPECT_EQ(outcome.error, TransportError::kResponseTooLarge) << outcome.errorDescription;
+      EXPECT_FALSE(outcome.body);
+    }
+  }
+}
+
+// A 3xx answer is delivered as it came unless the request allows hops, and
+// only a GET ever takes one.
+TEST(CurlHttpSessionTest, ARequestTakesOnlyTheRedirectsItAllows) {
+  testing::LoopbackOrigin origin(/*https=*/false);
+  ASSERT_TRUE(origin.start());
+  origin.setHandler([](const httplib::Request& request, httplib::Response& response) {
+    if (request.path == "/moved") {
+      response.status = 307;
+      response.set_header("Location", "/here");
+      response.set_content(R"({"moved":true})", "application/json");
+    } else {
+      response.set_content("here", "text/plain");
+    }
+  });
+  CurlHttpSession session;
+  const struct {
+    const char* method;
+    int maxRedirects;
+    int status;
+    const char* body;
+    std::size_t requests;
+  } cases[] = {
+      {"GET", 0, 307, R"({"moved":true})", 1},
+      {"POST", 0, 307, R"({"moved":true})", 1},
+      {"PUT", 5, 307, R"({"moved":true})", 1},
+      {"GET", 1, 200, "here", 2},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.method) + " allowing " + std::to_string(c.maxRedirects));
+    origin.clearRequests();
+    HttpRequest request;
+    request.method = c.method;
+    request.url = origin.baseUrl() + "/moved";
+    request.maxRedirects = c.maxRedirects;
+    if (request.method != "GET") request.body = "{}";
+    const HttpOutcome outcome = Send(session, std::move(request));
+    ASSERT_TRUE(outcome.response && outcome.body) << outcome.errorDescription;
+    EXPECT_EQ(outcome.response->statusCode, c.status);
+    EXPECT_EQ(*outcome.body, c.body);
+    EXPECT_EQ(origin.requests().size(), c.requests);
+    EXPECT_EQ(outcome.response->url, origin.baseUrl() + (c.status == 307 ? "/moved" : "/here"));
+  }
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <limits>
 #include <string>
 #include <thread>
 #include <vector>
@@ -117,6 +118,34 @@ TEST_F(MainLoopTest, ATimerReleasesWhatItCapturedOnceFiredOrInvalidated) {
   loop.advance(2s);
   EXPECT_FALSE(cancelled_fired);
   EXPECT_TRUE(fired_watch.expired());
+}
+
+// An interval too long for the clock's nanosecond count (about 292 years)
+// must not wrap around into the past and fire at once: it counts as 100 years.
+TEST_F(MainLoopTest, IntervalsBeyondAHundredYearsCountAsAHundredYears) {
+  loop.useVirtualTime();
+  constexpr double kYear = 365.0 * 24 * 3600;
+  const double huge[] = {300 * kYear, 1e10, 9.3e18, 1e300, std::numeric_limits<double>::max(),
+                         std::numeric_limits<double>::infinity()};
+  const auto start = loop.now();
+  int fired = 0;
+  for (double interval : huge) {
+    auto timer = loop.scheduleTimer(interval, [&](Timer&) { ++fired; });
+    EXPECT_EQ(timer->timeInterval(), MainLoop::kMaximumTimerInterval) << interval;
+    EXPECT_GT(timer->fireDate(), start + std::chrono::hours(24 * 365 * 99)) << interval;
+  }
+  bool fiftyYears = false;
+  loop.scheduleTimer(50 * kYear, [&](Timer& timer) {
+    fiftyYears = true;
+    EXPECT_EQ(timer.timeInterval(), 50 * kYear);
+  });
+  loop.advance(24h);
+  EXPECT_EQ(fired, 0) << "nothing fires on the first day";
+  loop.advance(std::chrono::duration<double>(50 * kYear));
+  EXPECT_TRUE(fiftyYears);
+  EXPECT_EQ(fired, 0);
+  loop.advance(std::chrono::duration<double>(50 * kYear));
+  EXPECT_EQ(fired, 6) << "they do fire, a hundred years on";
 }
 
 }  // namespace

@@ -50,6 +50,12 @@ TEST_P(FaultTest, EachKindReachesTheClientAsDescribedAndOnceMeansOnce) {
        [&](const WireResponse& r) {
          EXPECT_EQ(r.body, custom);
          EXPECT_EQ(r.contentType, "application/json");
+         EXPECT_EQ(r.location, "");
+       }},
+      {"redirect", Fault::Redirect(307, "https://elsewhere.example/v2/obid/createLoggedOutBid", "{}"), 307,
+       [&](const WireResponse& r) {
+         EXPECT_EQ(r.location, "https://elsewhere.example/v2/obid/createLoggedOutBid");
+         EXPECT_EQ(r.body, "{}");
        }},
       // No status line at all; the request was still recorded.
       {"close without a response", Fault::Once(FaultKind::kCloseWithoutResponse), 0,

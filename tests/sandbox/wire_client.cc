@@ -50,6 +50,10 @@ WireResponse Send(const WireRequest& request) {
   if (curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &content_type) == CURLE_OK && content_type != nullptr) {
     response.contentType = content_type;
   }
+  char* location = nullptr;
+  if (curl_easy_getinfo(easy, CURLINFO_REDIRECT_URL, &location) == CURLE_OK && location != nullptr) {
+    response.location = location;
+  }
   response.error = error[0] != '\0' ? error : curl_easy_strerror(response.code);
   curl_slist_free_all(headers);
   curl_easy_cleanup(easy);

@@ -33,6 +33,8 @@ struct WireResponse {
   // 0 when no status line arrived.
   long status = 0;
   std::string contentType;
+  // Where a redirect answer points (its Location, made absolute); empty otherwise.
+  std::string location{};
   std::string body{};
   std::string error;
   std::chrono::milliseconds elapsed{0};

@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdint>
+#include <limits>
 #include <memory>
+#include <vector>
 
 #include "platform/main_loop.h"
 #include "support/log_capture.h"
@@ -85,6 +88,22 @@ TEST_F(ShowForTest, ASecondCallAddsASecondTimer) {
   MainLoop::main().advance(3s);
   EXPECT_TRUE(view->isHidden());
   EXPECT_EQ(log.lines(), (std::vector<std::string>{"5.0", "5.0"}));
+}
+
+// The seconds are a 64-bit count: a count past 32 bits is not cut down to a
+// short one, and one past any clock is a timer that does not fire.
+TEST_F(ShowForTest, SecondsBeyondThirtyTwoBitsKeepTheViewShown) {
+  const std::int64_t counts[] = {(std::int64_t{1} << 32) + 5, std::int64_t{5} << 40,
+                                 std::numeric_limits<std::int64_t>::max()};
+  std::vector<std::shared_ptr<UIView>> views;
+  for (std::int64_t seconds : counts) {
+    views.push_back(std::make_shared<UIView>());
+    show(views.back(), seconds);
+  }
+  MainLoop::main().advance(std::chrono::hours(24 * 365));
+  for (const auto& view : views) EXPECT_FALSE(view->isHidden());
+  EXPECT_TRUE(log.lines().empty());
+  EXPECT_EQ(MainLoop::main().pendingTimerCount(), 3u);
 }
 
 }  // namespace
