@@ -22,6 +22,8 @@ TEST(ReplaceTextTest, OnlyTheExactFundsMessageIgnoringCaseGainsTheHint) {
       {" you don't have sufficient funds.", false},        // straight apostrophe
       {" you don\u2019t have sufficient funds", false},    // no full stop
       {" you don\u2019t have sufficient funds. ", false},  // trailing space
+      {" YOU DON\u2019T HAVE SUFF\u0130CIENT FUNDS.", false},  // "İ" lower-cases to "i" and a dot
+      {" you don\u2019t have sufficient funds.\xFF", false},
       {"Unlock this article for 0.50 EUR", false},
       {"", false},
   };
