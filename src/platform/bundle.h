@@ -42,11 +42,12 @@ class Bundle {
   // Its identifier is the one in an Info.json there, or empty.
   static Bundle main();
 
+  // The bundle's directory, and the identifier its Info.json declares.
   const std::filesystem::path& bundlePath() const { return path_; }
   const std::string& bundleIdentifier() const { return identifier_; }
 
-  // `<bundle>/<name>.<extension>` (or `<bundle>/<name>` for an empty extension)
-  // when that file exists.
+  // The file `name.extension` in the bundle's directory (`name` alone for an
+  // empty extension), when it exists.
   std::optional<std::filesystem::path> pathForResource(std::string_view name,
                                                        std::string_view extension) const;
 

@@ -50,6 +50,7 @@ class MainLoop;
 // whatever the block captures, until it has fired or was invalidated.
 class Timer {
  public:
+  // The loop's clock, and what a timer runs when it fires (given the timer).
   using Clock = std::chrono::steady_clock;
   using Block = std::function<void(Timer&)>;
 
@@ -72,6 +73,7 @@ class Timer {
 
 class MainLoop {
  public:
+  // Work posted to the loop; the loop's clock; durations in seconds.
   using Task = std::function<void()>;
   using Clock = std::chrono::steady_clock;
   using Seconds = std::chrono::duration<double>;

@@ -21,6 +21,7 @@ namespace obolo {
 enum class ImageFormat { png, jpeg, gif };
 
 struct ImageInfo {
+  // The format and the size in pixels.
   ImageFormat format;
   std::uint32_t width;
   std::uint32_t height;

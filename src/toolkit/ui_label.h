@@ -13,6 +13,7 @@ namespace obolo {
 
 class UILabel : public UIView {
  public:
+  // The constructors of UIView.
   using UIView::UIView;
 
   // None until set. Setting plain text drops an attributed text.

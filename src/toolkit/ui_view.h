@@ -34,6 +34,7 @@ class UIWindow;
 
 class UIView : public NSObject {
  public:
+  // A view with an empty frame, or with `frame`; shown, with no subviews.
   UIView();
   explicit UIView(CGRect frame);
   ~UIView() override;

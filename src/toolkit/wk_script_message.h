@@ -18,11 +18,13 @@ class WKWebView;
 
 class WKScriptMessage {
  public:
+  // A message as the web view delivers it.
   WKScriptMessage(std::string name, nlohmann::json body, std::weak_ptr<WKWebView> web_view)
       : name_(std::move(name)), body_(std::move(body)), web_view_(std::move(web_view)) {}
 
   // The name of the handler the page posted to.
   const std::string& name() const { return name_; }
+  // What the page posted, as JSON; and the web view it came from (null once gone).
   const nlohmann::json& body() const { return body_; }
   std::shared_ptr<WKWebView> webView() const { return web_view_.lock(); }
 

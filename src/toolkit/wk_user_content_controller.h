@@ -25,6 +25,8 @@ class WKUserContentController;
 class WKScriptMessageHandler {
  public:
   virtual ~WKScriptMessageHandler() = default;
+  // A page posted `message` to the name this handler is registered under; on
+  // the main loop.
   virtual void userContentController(WKUserContentController& controller, const WKScriptMessage& message) = 0;
 };
 
@@ -36,6 +38,7 @@ class WKUserContentController : public NSObject {
   void removeScriptMessageHandler(std::string_view name);
   void removeAllScriptMessageHandlers() { handlers_.clear(); }
 
+  // The handler registered under `name`; null when none is.
   std::shared_ptr<WKScriptMessageHandler> handler(std::string_view name) const;
 
  private:
