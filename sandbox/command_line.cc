@@ -18,13 +18,19 @@ std::unique_ptr<CLI::App> SandboxCommandLine(const std::string& program, Sandbox
   app->add_flag_callback(
       "--http", [&options] { options.https = false; },
       "plain HTTP instead of HTTPS with a self-signed certificate");
-  for (auto [name, lifetime, text] :
-       {std::tuple{"--access-token-lifetime", &options.accessTokenLifetime,
-                   "lifetime of issued access tokens (default 3600)"},
-        std::tuple{"--refresh-token-lifetime", &options.refreshTokenLifetime,
-                   "lifetime of issued refresh tokens (default 2592000)"}}) {
+  struct Lifetime {
+    const char* name;
+    std::chrono::seconds* value;
+    const char* description;
+  };
+  for (const Lifetime& lifetime : {Lifetime{"--access-token-lifetime", &options.accessTokenLifetime,
+                                            "lifetime of issued access tokens (default 3600)"},
+                                   Lifetime{"--refresh-token-lifetime", &options.refreshTokenLifetime,
+                                            "lifetime of issued refresh tokens (default 2592000)"}}) {
     app->add_option_function<long long>(
-           name, [lifetime](long long seconds) { *lifetime = std::chrono::seconds(seconds); }, text)
+           lifetime.name,
+           [value = lifetime.value](long long seconds) { *value = std::chrono::seconds(seconds); },
+           lifetime.description)
         ->option_text("SECONDS")
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   }

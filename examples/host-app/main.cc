@@ -4,9 +4,9 @@
 // purchase against the paywall service that the kit's environment variables
 // name, normally a sandbox:
 //
-//   obolo-sandbox --port 8443        # prints the export lines below
-//   export OBOLO_API_BASE_URL=... OBOLO_CA_FILE=... OBOLO_WALLET_ORIGIN=... \
-//          OBOLO_REDIRECT_ORIGIN=... OBOLO_LOGIN_LOGO_URL=...
+//   obolo-sandbox --port 8443        # prints the export lines to run:
+//   export OBOLO_API_BASE_URL=...    # and OBOLO_CA_FILE, OBOLO_WALLET_ORIGIN,
+//                                    # OBOLO_REDIRECT_ORIGIN, OBOLO_LOGIN_LOGO_URL
 //   host-app [--verbose]
 //
 // The publisher, article and reader are the sandbox's seeded ones. Exit status

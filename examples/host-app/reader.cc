@@ -1,5 +1,6 @@
 #include "reader.h"
 
+#include <obolo/entry/global_variable.h>
 #include <obolo/platform/http_session.h>
 #include <obolo/platform/main_loop.h>
 #include <obolo/toolkit/ui_button.h>
@@ -46,7 +47,7 @@ bool OnScreen(std::shared_ptr<UIView> view) {
 
 // The card's unlock button, found as a UI test finds it: by its identifier.
 // Null while the card is not on screen.
-std::shared_ptr<obolo::UIButton> UnlockButton(const UIViewController& host) {
+std::shared_ptr<obolo::UIButton> UnlockButton(UIViewController& host) {
   auto button = std::dynamic_pointer_cast<obolo::UIButton>(
       FindView(host.view(), [](const auto& view) { return view->accessibilityIdentifier() == "unlock"; }));
   if (!button || !OnScreen(button) || !button->currentTitle()) return nullptr;
@@ -95,36 +96,46 @@ std::string Text(const nlohmann::json& object, const char* key) {
 // no browser engine, so it plays the page: it asks the sandbox for the one-time
 // code the page would show, confirms it, and posts the keys to the kit's
 // script handler, as the page does.
-bool LogInOnThePage(const UIViewController& login, const std::string& email, std::string& failure) {
-  auto web = std::dynamic_pointer_cast<obolo::WKWebView>(
-      FindView(login.view(), [](const auto& view) { return std::dynamic_pointer_cast<obolo::WKWebView>(view); }));
+bool LogInOnThePage(UIViewController& login, const std::string& email, std::string& failure) {
+  auto web = std::dynamic_pointer_cast<obolo::WKWebView>(FindView(login.view(), [](const auto& view) {
+    return std::dynamic_pointer_cast<obolo::WKWebView>(view) != nullptr;
+  }));
   if (!web || !web->lastRequest()) return failure = "the login screen shows no page", false;
   const std::string page = web->lastRequest()->url().absoluteString();
   Step("login page: " + page);
   const std::string origin = OriginOf(page);
   const auto code = PostAsThePage(origin + "/sandbox/login/code", {{"email", email}});
   if (Text(code, "code").empty()) return failure = "the login page's service sent no one-time code", false;
-  const auto keys = PostAsThePage(origin + "/sandbox/login/verify", {{"email", email}, {"code", Text(code, "code")}});
+  const auto keys =
+      PostAsThePage(origin + "/sandbox/login/verify", {{"email", email}, {"code", Text(code, "code")}});
   if (Text(keys, "deviceKey").empty() || Text(keys, "loginKey").empty()) {
     return failure = "the login page's service refused the code", false;
   }
   Step(email + " logged in with a one-time code; the page hands the keys to the kit");
-  web->postMessageFromPage("obHandler", {{"device_key", Text(keys, "deviceKey")}, {"login_key", Text(keys, "loginKey")}});
+  web->postMessageFromPage("obHandler",
+                           {{"device_key", Text(keys, "deviceKey")}, {"login_key", Text(keys, "loginKey")}});
   return true;
 }
 
 }  // namespace
 
-bool PlayPurchase(const std::shared_ptr<UIViewController>& host, const std::string& email, std::string& failure) {
-  if (!WaitFor([&] { return UnlockButton(*host) != nullptr; })) return failure = "the card did not show", false;
+bool PlayPurchase(const std::shared_ptr<UIViewController>& host, const std::string& email,
+                  std::string& failure) {
+  if (!WaitFor([&] { return UnlockButton(*host) != nullptr; }))
+    return failure = "the card did not show", false;
   Step("card: [" + UnlockButton(*host)->currentTitle().value_or("") + "]");
   if (!UnlockButton(*host)->tap()) return failure = "the unlock button could not be tapped", false;
 
   if (auto login = PresentedScreen(*host)) {
     Step("unlock tapped; not logged in, so the kit opens its login screen");
     if (!LogInOnThePage(*login, email, failure)) return false;
-    if (!WaitFor([&] { return !PresentedScreen(*host) && UnlockButton(*host); })) {
-      return failure = "the login screen did not close onto the card", false;
+    // The login screen closes at once; the card is ready for a logged-in
+    // reader when the session the login returned is stored.
+    if (!WaitFor([&] {
+          return !PresentedScreen(*host) && obolo::GlobalVariable::shared().isOBTokenExist() &&
+                 UnlockButton(*host);
+        })) {
+      return failure = "the login did not complete", false;
     }
     Step("back on the card, logged in: [" + UnlockButton(*host)->currentTitle().value_or("") + "]");
     if (!UnlockButton(*host)->tap()) return failure = "the unlock button could not be tapped again", false;

@@ -76,7 +76,8 @@ std::vector<SearchRoot> SearchRoots() {
   const fs::path executable_directory = ExecutableDirectory();
   roots.push_back({executable_directory, true});
   const fs::path source = OBOLO_SOURCE_RESOURCES_DIR;
-  if (!source.empty() && IsWithin(executable_directory, OBOLO_BUILD_TREE_DIR)) roots.push_back({source, false});
+  if (!source.empty() && IsWithin(executable_directory, OBOLO_BUILD_TREE_DIR))
+    roots.push_back({source, false});
   const fs::path from_bindir = OBOLO_RESOURCES_DIR_FROM_BINDIR;
   if (!from_bindir.empty()) roots.push_back({executable_directory / from_bindir, false});
   const fs::path installed = OBOLO_INSTALLED_RESOURCES_DIR;

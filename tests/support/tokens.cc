@@ -9,8 +9,9 @@ namespace obolo::testing {
 
 std::string Base64Url(std::string_view bytes) {
   std::string text(4 * ((bytes.size() + 2) / 3) + 1, '\0');
-  const int length = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()),
-                                     reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<int>(bytes.size()));
+  const int length =
+      EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()),
+                      reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<int>(bytes.size()));
   text.resize(static_cast<std::size_t>(length));
   while (text.ends_with('=')) text.pop_back();
   std::replace(text.begin(), text.end(), '+', '-');
@@ -27,13 +28,13 @@ std::string MakeTokenWithClaims(const nlohmann::json& payload) { return MakeToke
 
 std::string TokenExpiringAt(std::int64_t exp) {
   return MakeTokenWithClaims(nlohmann::json{{"jti", "3f1c"},
-                                  {"username", "reader@example.com"},
-                                  {"token_use", "access"},
-                                  {"iss", "https://api.obolo.io"},
-                                  {"exp", exp},
-                                  {"sub", "42"},
-                                  {"iat", exp - 3600},
-                                  {"auth_time", exp - 3600}});
+                                            {"username", "reader@example.com"},
+                                            {"token_use", "access"},
+                                            {"iss", "https://api.obolo.io"},
+                                            {"exp", exp},
+                                            {"sub", "42"},
+                                            {"iat", exp - 3600},
+                                            {"auth_time", exp - 3600}});
 }
 
 std::int64_t NowSeconds() {

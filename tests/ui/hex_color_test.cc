@@ -48,7 +48,7 @@ TEST(HexColorTest, ParsesLikeThePlatformOnTrickyInputs) {
       {"\U0001FAF1\U0001F3FB\u200D\U0001FAF2\U0001F3FF12345", kBlack},  // handshake, two skin tones
       {"\U0001F600\u200D\u219CABCD", kBlack},  // an arrow after a joiner stands alone: six
       // Ill-formed UTF-8 is repaired to one U+FFFD per bad sequence.
-      {"\xFF" "12345", kBlack},
+      {"\37712345", kBlack},  // the byte 0xFF, then five digits
       {"12345\xC3", Rgb(0x01, 0x23, 0x45)},
   };
   for (const auto& c : cases) {
