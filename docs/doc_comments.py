@@ -25,6 +25,7 @@ FULL_LINE = re.compile(r"^(\s*)//(?!/)\s?(.*)$")
 TRAILING = re.compile(r"^(\s*[^/\s#}].*?[;,{)}])(\s+)//(?!/)\s?(.*)$")
 COMPOUND = re.compile(r"^\s*(?:template\s*<.*>\s*)?(class|struct|union|enum)\b(?:\s+class)?\s+(\w+)[^;]*$")
 NAMESPACE = re.compile(r"^\s*namespace\s+([\w:]+)\s*\{")
+SECTION = re.compile(r"^-{2,}.*-{2,}$")
 ACCESS = re.compile(r"^\s*(public|protected|private)\s*:")
 SPECIAL = re.compile(r"([\\@<>#&$%])")
 LITERAL = re.compile(r'"(\\.|[^"\\])*"|\'(\\.|[^\'\\])*\'')
@@ -94,7 +95,7 @@ def filtered(lines, file_name):
     else:
         out = list(lines[:opening])
         opening -= 1  # the line after the comment is ordinary code
-    depth = 0
+    scopes = []  # per open brace: "declarations" (namespace, class) or "code"
     block = None  # the comment block documenting the declarations below it
     block_depth = 0
     documented = 0  # declarations the block has documented so far
@@ -105,8 +106,14 @@ def filtered(lines, file_name):
         full = FULL_LINE.match(line)
         if full:
             indent, text = full.groups()
+            if SECTION.match(text):
+                # A section heading in the header, not documentation.
+                block = None
+                previous_was_comment = False
+                out.append(line)
+                continue
             if not previous_was_comment or block is None:
-                block, block_depth, documented = [], depth, 0
+                block, block_depth, documented = [], len(scopes), 0
             block.append(escape(text))
             out.append(indent + "/// " + escape(text))
             previous_was_comment = True
@@ -123,11 +130,12 @@ def filtered(lines, file_name):
             continue
 
         code = code_of(line)
-        change = code.count("{") - code.count("}")
         starts = not continuing and not stripped.startswith(("}", ")", ":", ","))
+        in_declarations = all(scope == "declarations" for scope in scopes)
+        special = stripped.startswith("~") or "= delete" in code
         prefix = ""
         trailing = TRAILING.match(line)
-        if block is not None and starts and depth == block_depth:
+        if block is not None and starts and len(scopes) == block_depth and in_declarations and not special:
             if documented > 0 and not trailing:
                 prefix = inline_doc(" ".join(block))
             documented += 1
@@ -141,10 +149,16 @@ def filtered(lines, file_name):
             line = indent + prefix + line.lstrip()
         out.append(line)
 
-        if COMPOUND.match(code) and change > 0:
+        opens_scope = NAMESPACE.match(code) or (COMPOUND.match(code) and not code.lstrip().startswith("enum"))
+        if COMPOUND.match(code) and "{" in code:
             block = None  # the block described the type, not its members
-        depth += change
-        if block is not None and depth < block_depth:
+        for brace in re.findall(r"[{}]", code):
+            if brace == "{":
+                scopes.append("declarations" if opens_scope else "code")
+                opens_scope = False
+            elif scopes:
+                scopes.pop()
+        if block is not None and len(scopes) < block_depth:
             block = None
         continuing = not code.endswith((";", "{", "}"))
     return out

@@ -57,6 +57,7 @@ class Timer {
   // The interval the timer was scheduled with, after the platform's rule that
   // an interval of zero or less counts as 0.1 ms (0.0001 s).
   double timeInterval() const { return interval_; }
+  // When the timer fires, on the loop's clock.
   Clock::time_point fireDate() const { return due_; }
   // True until the timer has fired or was invalidated. Main thread only.
   bool isValid() const { return valid_; }

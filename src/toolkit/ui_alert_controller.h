@@ -31,6 +31,7 @@ class UIAlertAction : public NSObject {
  public:
   // The platform's raw values.
   enum class Style { defaultStyle = 0, cancel = 1, destructive = 2 };
+  // What a tap on the action runs, given the action.
   using Handler = std::function<void(const std::shared_ptr<UIAlertAction>&)>;
 
   // An enabled action; `handler` may be empty.

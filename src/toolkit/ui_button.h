@@ -41,6 +41,7 @@ class UIButton : public UIControl {
   void setTitleColor(std::optional<UIColor> color, UIControlState state);
   // None unless set for the state or for normal.
   std::optional<UIColor> titleColor(UIControlState state) const;
+  // The attributed title and the image, per state likewise.
   void setAttributedTitle(std::optional<NSAttributedString> title, UIControlState state);
   std::optional<NSAttributedString> attributedTitle(UIControlState state) const;
   void setImage(std::shared_ptr<const UIImage> image, UIControlState state);

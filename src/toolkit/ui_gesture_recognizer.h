@@ -50,6 +50,7 @@ class UIGestureRecognizer : public NSObject {
   void addAction(TargetActionList<UIGestureRecognizer>::Action action) {
     actions_.add(std::move(action), kAllEvents);
   }
+  // Drops the actions of `target`.
   void removeTarget(const void* target) { actions_.remove(target, kAllEvents); }
 
   // The view it is attached to (null when none), its state, and whether it

@@ -78,6 +78,7 @@ class UIStoryboard {
   std::shared_ptr<T> instantiateViewController(std::string_view identifier) const {
     return std::dynamic_pointer_cast<T>(instantiateViewController(identifier));
   }
+  // A new controller for the initial scene; null when there is none.
   std::shared_ptr<UIViewController> instantiateInitialViewController() const;
 
   // The segue leaving scene `source` under `identifier`, if the storyboard has it.

@@ -35,6 +35,7 @@ class WKUserContentController : public NSObject {
   // Registers `handler` under `name`. A name already taken keeps its handler
   // (the platform refuses a second one) and false is returned.
   bool add(std::shared_ptr<WKScriptMessageHandler> handler, std::string name);
+  // Drops the handler of `name`, or every handler.
   void removeScriptMessageHandler(std::string_view name);
   void removeAllScriptMessageHandlers() { handlers_.clear(); }
 
