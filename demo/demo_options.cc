@@ -1,6 +1,10 @@
 #include "demo/demo_options.h"
 
+#include <CLI/CLI.hpp>
 #include <array>
+#include <memory>
+#include <optional>
+#include <string_view>
 #include <utility>
 
 namespace obolo::demo {
@@ -14,6 +18,71 @@ constexpr std::array<std::pair<Scenario, const char*>, 5> kScenarios = {{
     {Scenario::kServiceDown, "service-down"},
 }};
 
+constexpr std::array<std::pair<Position, const char*>, 3> kPositions = {{
+    {Position::top, "top"},
+    {Position::center, "center"},
+    {Position::bottom, "bottom"},
+}};
+
+template <typename T, std::size_t N>
+std::optional<T> Named(const std::array<std::pair<T, const char*>, N>& names, std::string_view name) {
+  for (const auto& [value, candidate] : names) {
+    if (name == candidate) return value;
+  }
+  return std::nullopt;
+}
+
+// The command line, writing what it reads into `options`.
+std::unique_ptr<CLI::App> DemoCommandLine(const std::string& program, DemoOptions& options) {
+  auto app = std::make_unique<CLI::App>(
+      "Plays a reader through an article purchase on a headless host app and prints what\n"
+      "the reader sees at each step. Without --base-url the sandbox service runs inside the\n"
+      "demo on a free loopback port.",
+      program);
+  app->get_formatter()->column_width(22);
+  app->add_option_function<std::string>(
+         "--scenario", [&options](const std::string& name) { options.scenario = *Named(kScenarios, name); },
+         "what the reader does (below); new-reader by default")
+      ->type_name("NAME")
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast)
+      ->check([](const std::string& name) {
+        return Named(kScenarios, name) ? std::string() : "unknown scenario '" + name + "'";
+      });
+  app->add_option_function<std::string>(
+         "--position", [&options](const std::string& name) { options.position = *Named(kPositions, name); },
+         "where the card sits: top, center (default) or bottom")
+      ->type_name("P")
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast)
+      ->check([](const std::string& name) {
+        return Named(kPositions, name) ? std::string()
+                                       : "unknown position '" + name + "' (top, center or bottom)";
+      });
+  app->add_option_function<std::string>(
+         "--base-url",
+         [&options](std::string url) {
+           while (url.ends_with("/")) url.pop_back();
+           options.baseUrl = std::move(url);
+         },
+         "another service to run against (an obolo-sandbox you started, say); OBOLO_CA_FILE\n"
+         "                      names its certificate")
+      ->type_name("URL")
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast)
+      ->check([](const std::string& url) {
+        return url.starts_with("https://") || url.starts_with("http://")
+                   ? std::string()
+                   : "--base-url must be an http or https address, not '" + url + "'";
+      });
+  app->add_flag("--verbose", options.verbose, "also print the kit's own diagnostic lines, on standard error");
+  app->footer(
+      "Scenarios:\n"
+      "  new-reader          logs in on the way, pays, opens the wallet, logs out\n"
+      "  returning-reader    logged in already, pays\n"
+      "  expired-token       the stored access token has expired and is refreshed first\n"
+      "  insufficient-funds  the wallet holds less than the price\n"
+      "  service-down        the service does not answer; the article stays readable");
+  return app;
+}
+
 }  // namespace
 
 std::string ScenarioName(Scenario scenario) {
@@ -25,87 +94,22 @@ std::string ScenarioName(Scenario scenario) {
 
 DemoOptions ParseDemoOptions(const std::vector<std::string>& arguments) {
   DemoOptions options;
-  for (size_t i = 0; i < arguments.size(); ++i) {
-    std::string option = arguments[i];
-    std::string value;
-    bool has_value = false;
-    if (const auto equals = option.find('='); option.starts_with("--") && equals != std::string::npos) {
-      value = option.substr(equals + 1);
-      option = option.substr(0, equals);
-      has_value = true;
-    }
-    auto take_value = [&]() -> bool {
-      if (has_value) return true;
-      if (i + 1 >= arguments.size()) {
-        options.error = option + " needs a value";
-        return false;
-      }
-      value = arguments[++i];
-      return true;
-    };
-
-    if (option == "--help" || option == "-h") {
-      options.help = true;
-    } else if (option == "--verbose") {
-      options.verbose = true;
-    } else if (option == "--scenario") {
-      if (!take_value()) return options;
-      bool known = false;
-      for (const auto& [scenario, name] : kScenarios) {
-        if (value == name) {
-          options.scenario = scenario;
-          known = true;
-        }
-      }
-      if (!known) {
-        options.error = "unknown scenario '" + value + "'";
-        return options;
-      }
-    } else if (option == "--position") {
-      if (!take_value()) return options;
-      if (value == "top") {
-        options.position = Position::top;
-      } else if (value == "center") {
-        options.position = Position::center;
-      } else if (value == "bottom") {
-        options.position = Position::bottom;
-      } else {
-        options.error = "unknown position '" + value + "' (top, center or bottom)";
-        return options;
-      }
-    } else if (option == "--base-url") {
-      if (!take_value()) return options;
-      if (!value.starts_with("https://") && !value.starts_with("http://")) {
-        options.error = "--base-url must be an http or https address, not '" + value + "'";
-        return options;
-      }
-      while (value.ends_with("/")) value.pop_back();
-      options.baseUrl = value;
-    } else {
-      options.error = "unknown option '" + arguments[i] + "'";
-      return options;
-    }
+  auto app = DemoCommandLine("obolo-demo", options);
+  // CLI11 takes the arguments last first.
+  std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+  try {
+    app->parse(reversed);
+  } catch (const CLI::CallForHelp&) {
+    options.help = true;
+  } catch (const CLI::ParseError& error) {
+    options.error = error.what();
   }
   return options;
 }
 
 std::string DemoUsage(const std::string& program) {
-  return "usage: " + program +
-         " [--scenario NAME] [--position top|center|bottom] [--base-url URL] [--verbose]\n"
-         "\n"
-         "Plays a reader through an article purchase on a headless host app and prints what\n"
-         "the reader sees at each step. Without --base-url the sandbox service runs inside the\n"
-         "demo on a free loopback port.\n"
-         "\n"
-         "  --scenario NAME   new-reader (default): logs in on the way, pays, opens the wallet, logs out\n"
-         "                    returning-reader: logged in already, pays\n"
-         "                    expired-token: the stored access token has expired and is refreshed first\n"
-         "                    insufficient-funds: the wallet holds less than the price\n"
-         "                    service-down: the service does not answer; the article stays readable\n"
-         "  --position P      where the card sits: top, center (default) or bottom\n"
-         "  --base-url URL    run against another service (an obolo-sandbox started by hand, say)\n"
-         "                    instead of the embedded one; set OBOLO_CA_FILE for its certificate\n"
-         "  --verbose         also print the kit's own diagnostic lines, on standard error\n";
+  DemoOptions unused;
+  return DemoCommandLine(program, unused)->help();
 }
 
 }  // namespace obolo::demo

@@ -1,26 +1,31 @@
 #include "sandbox/jwt.h"
 
-#include <openssl/crypto.h>
-#include <openssl/evp.h>
-#include <openssl/hmac.h>
+#include <jwt.h>
 #include <openssl/rand.h>
 
+#include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <random>
 
 namespace obolo::sandbox {
 namespace {
 
-constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
+struct JwtDeleter {
+  void operator()(jwt_t* token) const { jwt_free(token); }
+};
+using JwtHolder = std::unique_ptr<jwt_t, JwtDeleter>;
 
-int SextetOf(char c) {
-  if (c >= 'A' && c <= 'Z') return c - 'A';
-  if (c >= 'a' && c <= 'z') return c - 'a' + 26;
-  if (c >= '0' && c <= '9') return c - '0' + 52;
-  if (c == '-') return 62;
-  if (c == '_') return 63;
-  return -1;
+struct FreeDeleter {
+  void operator()(char* text) const { std::free(text); }
+};
+using MallocText = std::unique_ptr<char, FreeDeleter>;
+
+const unsigned char* KeyBytes(const std::string& secret) {
+  return reinterpret_cast<const unsigned char*>(secret.data());
 }
 
 // The claims as a JSON object, integers as JSON integers.
@@ -42,11 +47,9 @@ bool ReadText(const nlohmann::json& payload, const char* key, std::string& out) 
 bool ReadInteger(const nlohmann::json& payload, const char* key, std::int64_t& out) {
   auto it = payload.find(key);
   if (it == payload.end()) return true;
-  if (it->is_number_integer()) {
-    out = it->get<std::int64_t>();
-    return true;
-  }
-  return false;
+  if (!it->is_number_integer()) return false;
+  out = it->get<std::int64_t>();
+  return true;
 }
 
 std::optional<TokenClaims> ParseClaims(std::string_view payload_text) {
@@ -65,53 +68,6 @@ std::optional<TokenClaims> ParseClaims(std::string_view payload_text) {
 
 }  // namespace
 
-std::string Base64UrlEncode(std::string_view bytes) {
-  std::string out;
-  out.reserve((bytes.size() * 4 + 2) / 3);
-  std::size_t i = 0;
-  for (; i + 3 <= bytes.size(); i += 3) {
-    unsigned v = (static_cast<unsigned char>(bytes[i]) << 16) |
-                 (static_cast<unsigned char>(bytes[i + 1]) << 8) | static_cast<unsigned char>(bytes[i + 2]);
-    out += kAlphabet[(v >> 18) & 63];
-    out += kAlphabet[(v >> 12) & 63];
-    out += kAlphabet[(v >> 6) & 63];
-    out += kAlphabet[v & 63];
-  }
-  const std::size_t rest = bytes.size() - i;
-  if (rest == 1) {
-    unsigned v = static_cast<unsigned char>(bytes[i]) << 16;
-    out += kAlphabet[(v >> 18) & 63];
-    out += kAlphabet[(v >> 12) & 63];
-  } else if (rest == 2) {
-    unsigned v =
-        (static_cast<unsigned char>(bytes[i]) << 16) | (static_cast<unsigned char>(bytes[i + 1]) << 8);
-    out += kAlphabet[(v >> 18) & 63];
-    out += kAlphabet[(v >> 12) & 63];
-    out += kAlphabet[(v >> 6) & 63];
-  }
-  return out;
-}
-
-std::optional<std::string> Base64UrlDecode(std::string_view text) {
-  while (!text.empty() && text.back() == '=') text.remove_suffix(1);
-  if (text.size() % 4 == 1) return std::nullopt;
-  std::string out;
-  out.reserve(text.size() * 3 / 4);
-  unsigned buffer = 0;
-  int bits = 0;
-  for (char c : text) {
-    const int sextet = SextetOf(c);
-    if (sextet < 0) return std::nullopt;
-    buffer = (buffer << 6) | static_cast<unsigned>(sextet);
-    bits += 6;
-    if (bits >= 8) {
-      bits -= 8;
-      out += static_cast<char>((buffer >> bits) & 0xFF);
-    }
-  }
-  return out;
-}
-
 TokenSigner::TokenSigner() {
   std::array<unsigned char, 32> random{};
   if (RAND_bytes(random.data(), static_cast<int>(random.size())) != 1) {
@@ -124,47 +80,38 @@ TokenSigner::TokenSigner() {
 
 TokenSigner::TokenSigner(std::string secret) : secret_(std::move(secret)) {}
 
-std::string TokenSigner::mac(std::string_view signing_input) const {
-  unsigned char digest[EVP_MAX_MD_SIZE];
-  unsigned int length = 0;
-  if (HMAC(EVP_sha256(), secret_.data(), static_cast<int>(secret_.size()),
-           reinterpret_cast<const unsigned char*>(signing_input.data()), signing_input.size(), digest,
-           &length) == nullptr) {
+std::string TokenSigner::sign(const TokenClaims& claims) const {
+  jwt_t* raw = nullptr;
+  if (jwt_new(&raw) != 0) return {};
+  JwtHolder token(raw);
+  const std::string payload = ClaimsJson(claims).dump();
+  if (jwt_add_grants_json(token.get(), payload.c_str()) != 0 ||
+      jwt_set_alg(token.get(), JWT_ALG_HS256, KeyBytes(secret_), static_cast<int>(secret_.size())) != 0) {
     return {};
   }
-  return std::string(reinterpret_cast<const char*>(digest), length);
-}
-
-std::string TokenSigner::sign(const TokenClaims& claims) const {
-  static const std::string header = Base64UrlEncode(R"({"alg":"HS256","typ":"JWT"})");
-  std::string input = header + "." + Base64UrlEncode(ClaimsJson(claims).dump());
-  return input + "." + Base64UrlEncode(mac(input));
+  MallocText encoded(jwt_encode_str(token.get()));
+  return encoded ? std::string(encoded.get()) : std::string();
 }
 
 TokenCheck TokenSigner::verify(std::string_view token, std::int64_t now, TokenClaims* claims) const {
-  const auto first = token.find('.');
-  if (first == std::string_view::npos) return TokenCheck::kMalformed;
-  const auto second = token.find('.', first + 1);
-  if (second == std::string_view::npos || token.find('.', second + 1) != std::string_view::npos) {
-    return TokenCheck::kMalformed;
+  if (std::count(token.begin(), token.end(), '.') != 2) return TokenCheck::kMalformed;
+  const std::string text(token);
+  jwt_t* raw = nullptr;
+  if (jwt_decode(&raw, text.c_str(), KeyBytes(secret_), static_cast<int>(secret_.size())) != 0) {
+    // Tell a token that is well formed but signed otherwise (or unsigned) from
+    // text that is no token: libjwt reads the former without a key.
+    jwt_t* unverified = nullptr;
+    const bool well_formed = jwt_decode(&unverified, text.c_str(), nullptr, 0) == 0;
+    JwtHolder release(unverified);
+    return well_formed ? TokenCheck::kBadSignature : TokenCheck::kMalformed;
   }
-  auto header_text = Base64UrlDecode(token.substr(0, first));
-  auto payload_text = Base64UrlDecode(token.substr(first + 1, second - first - 1));
-  auto signature = Base64UrlDecode(token.substr(second + 1));
-  if (!header_text || !payload_text || !signature) return TokenCheck::kMalformed;
-
-  auto header = nlohmann::json::parse(*header_text, nullptr, /*allow_exceptions=*/false);
-  if (!header.is_object()) return TokenCheck::kMalformed;
-  auto parsed = ParseClaims(*payload_text);
+  JwtHolder decoded(raw);
+  // libjwt verified the signature under the algorithm the header names; only
+  // the one the sandbox signs with counts.
+  if (jwt_get_alg(decoded.get()) != JWT_ALG_HS256) return TokenCheck::kBadSignature;
+  MallocText payload(jwt_get_grants_json(decoded.get(), nullptr));
+  auto parsed = payload ? ParseClaims(payload.get()) : std::nullopt;
   if (!parsed) return TokenCheck::kMalformed;
-
-  auto alg = header.find("alg");
-  if (alg == header.end() || *alg != "HS256") return TokenCheck::kBadSignature;
-  const std::string expected = mac(token.substr(0, second));
-  if (expected.empty() || expected.size() != signature->size() ||
-      CRYPTO_memcmp(expected.data(), signature->data(), expected.size()) != 0) {
-    return TokenCheck::kBadSignature;
-  }
   if (claims != nullptr) *claims = *parsed;
   return parsed->exp > now ? TokenCheck::kValid : TokenCheck::kExpired;
 }

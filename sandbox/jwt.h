@@ -1,23 +1,17 @@
 // JSON Web Tokens as the sandbox issues them: compact form
 // base64url(header).base64url(payload).base64url(signature), unpadded, signed
-// with HMAC-SHA256 under a secret that belongs to one sandbox instance, so a
-// token from one instance never verifies at another.
+// with HMAC-SHA256 (HS256) under a secret that belongs to one sandbox
+// instance, so a token from one instance never verifies at another. libjwt
+// encodes, signs and verifies; the claims are read from its payload JSON.
 
 #ifndef OBOLO_SANDBOX_JWT_H_
 #define OBOLO_SANDBOX_JWT_H_
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
 namespace obolo::sandbox {
-
-// Unpadded base64url of `bytes`.
-std::string Base64UrlEncode(std::string_view bytes);
-// The bytes of unpadded (or padded) base64url text; none when it is not
-// base64url.
-std::optional<std::string> Base64UrlDecode(std::string_view text);
 
 // The payload's claims. Texts and integers as the kit decodes them; times are
 // seconds since 1970-01-01 UTC.
@@ -38,7 +32,8 @@ struct TokenClaims {
 enum class TokenCheck {
   kValid,
   kMalformed,     // not three base64url segments of a JSON header and payload
-  kBadSignature,  // another key or algorithm signed it, or it was altered
+                  // with the claims' types
+  kBadSignature,  // another key or algorithm signed it (or none), or it was altered
   kExpired,       // `exp` is not after the time of the check
 };
 
@@ -57,8 +52,6 @@ class TokenSigner {
   TokenCheck verify(std::string_view token, std::int64_t now, TokenClaims* claims = nullptr) const;
 
  private:
-  std::string mac(std::string_view signing_input) const;
-
   std::string secret_;
 };
 

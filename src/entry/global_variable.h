@@ -45,6 +45,7 @@ class GlobalVariable {
   // Taken from the last bid that configured a card; 0 when that bid had none.
   std::int64_t publisherId() const;
   void setPublisherId(std::int64_t value);
+  // The publisher's logo, shown on the card.
   std::string logoUrl() const;
   void setLogoUrl(std::string value);
 
@@ -60,6 +61,8 @@ class GlobalVariable {
 
   // Stores the access token, then writes the stored token as one line.
   void setAccessToken(std::string_view value);
+  // The session's values, each written to the store at once and read from it
+  // afresh: the empty text (or 0) when none is stored.
   std::string getAccessToken() const;
   void setRefreshToken(std::string_view value);
   std::string getRefreshToken() const;

@@ -17,6 +17,8 @@ namespace obolo {
 // starts empty.
 class UIAttributes {
  public:
+  // The publisher's logo address and the card's texts: titles, the unlock
+  // button's text, and the texts before and after the reader logs in.
   std::string logoUrl;
   std::string title;
   std::string miniTitle;
@@ -26,13 +28,15 @@ class UIAttributes {
   std::string preLoginText;
   std::string postLoginText;
 
-  UIAttributes() = default;
+  UIAttributes() = default;  // every text empty
 };
 
 class PaywallAttributes {
  public:
-  PaywallAttributes() = default;
+  PaywallAttributes() = default;  // empty texts, false, a new UIAttributes
 
+  // The publisher's main colour (hexadecimal text), the article's category,
+  // and whether the article should unlock as the paywall loads.
   std::string primaryColor;
   std::string category;
   bool unlockOnLoad = false;

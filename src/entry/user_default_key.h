@@ -30,22 +30,26 @@ std::optional<UserDefaultKey> UserDefaultKeyFromRawValue(std::string_view name);
 // never fail: a value of another kind than asked for gives the default.
 class UserDefaults {
  public:
+  // Over `store`, which it shares.
   explicit UserDefaults(std::shared_ptr<PreferenceStore> store);
   // Over PreferenceStore::standard(), looked up now.
   static UserDefaults standard();
 
+  // The stored value under `key`, none when absent; or read as a boolean, a
+  // text or an integer, with `defaultValue` when absent or of another kind.
   std::optional<PreferenceValue> object(UserDefaultKey key) const;
   bool boolean(UserDefaultKey key, bool defaultValue = false) const;
   std::string string(UserDefaultKey key, std::string_view defaultValue = "") const;
   std::int64_t integer(UserDefaultKey key, std::int64_t defaultValue = 0) const;
 
+  // Stores a value under `key`, replacing what was there; or removes it.
   void set(bool value, UserDefaultKey key);
   void set(std::string_view value, UserDefaultKey key);
   void set(const char* value, UserDefaultKey key) { set(std::string_view(value), key); }
   void set(std::int64_t value, UserDefaultKey key);
   void removeObject(UserDefaultKey key);
 
-  PreferenceStore& store() const { return *store_; }
+  PreferenceStore& store() const { return *store_; }  // the store it reads and writes
 
  private:
   std::shared_ptr<PreferenceStore> store_;

@@ -20,6 +20,7 @@ namespace obolo {
 // A request body: keys in the order the record's members were visited.
 class BodyMap {
  public:
+  // A value in the body: a text, an integer or a boolean.
   using Value = std::variant<std::string, std::int64_t, bool>;
 
   // Puts a text in unless it is empty.
@@ -29,6 +30,7 @@ class BodyMap {
   // Always puts a boolean in.
   void putBool(std::string_view key, bool value);
 
+  // The keys and values in order, and whether there are none.
   const std::vector<std::pair<std::string, Value>>& entries() const { return entries_; }
   bool empty() const { return entries_.empty(); }
 
@@ -47,6 +49,8 @@ class CreateLoggedBidParam {
  public:
   static constexpr std::string_view kTypeName = "CreateLoggedBidParam";
 
+  // The article, the publisher and the reader as the service knows them;
+  // ipAddress and userAgent carry the kit's fixed texts.
   std::string accessKey;
   std::string articleIdentifier;
   std::string articleUrl;
@@ -62,6 +66,7 @@ class CreateLoggedBidParam {
   std::string simplifiedUrl;
   std::string userAgent;
 
+  // The body on the wire, without the members left at their defaults.
   BodyMap bodyMap() const;
 };
 
@@ -70,10 +75,13 @@ class CustomerBidParam {
  public:
   static constexpr std::string_view kTypeName = "CustomerBidParam";
 
+  // The device key and login key (loginToken) the login page handed over, and
+  // the bid the login completes.
   std::string deviceKey;
   std::int64_t oboloBidId = 0;
   std::string loginToken;
 
+  // The body on the wire, without the members left at their defaults.
   BodyMap bodyMap() const;
 };
 
@@ -82,10 +90,12 @@ class NextTokenParam {
  public:
   static constexpr std::string_view kTypeName = "NextTokenParam";
 
+  // The reader's session: device key, e-mail and refresh token.
   std::string deviceKey;
   std::string email;
   std::string refreshToken;
 
+  // The body on the wire, without the members left at their defaults.
   BodyMap bodyMap() const;
 };
 
@@ -94,9 +104,11 @@ class AcceptBidParam {
  public:
   static constexpr std::string_view kTypeName = "AcceptBidParam";
 
+  // The bid to pay for and its transaction mode, both as the bid gave them.
   std::int64_t oboloBidId = 0;
   std::string oboloTransactionMode;
 
+  // The body on the wire, without the members left at their defaults.
   BodyMap bodyMap() const;
 };
 
@@ -105,10 +117,12 @@ class BalanceAndArticleParam {
  public:
   static constexpr std::string_view kTypeName = "BalanceAndArticleParam";
 
+  // The reader, the last bid and the publisher.
   std::int64_t customerId = 0;
   std::int64_t oboloBidId = 0;
   std::int64_t publisherId = 0;
 
+  // The body on the wire, without the members left at their defaults.
   BodyMap bodyMap() const;
 };
 
@@ -117,9 +131,11 @@ class LogoutParam {
  public:
   static constexpr std::string_view kTypeName = "LogoutParam";
 
+  // The device to log out and the reader's e-mail.
   std::string deviceKey;
   std::string email;
 
+  // The body on the wire, without the members left at their defaults.
   BodyMap bodyMap() const;
 };
 

@@ -28,6 +28,8 @@ namespace obolo {
 struct Recommendation {
   static constexpr std::string_view kName = "Recommendation";
 
+  // The answer's members, named as its JSON keys; absent when the service left
+  // one out or sent null.
   std::optional<bool> active{};
   std::optional<std::string> articleAuthor{};
   std::optional<std::string> articleCategory{};
@@ -61,6 +63,8 @@ struct Recommendation {
     visit("visits", self.visits);
   }
 
+  // From the service\'s JSON by the rules above; back to JSON; and every member,
+  // for the kit\'s diagnostic lines.
   static DecodeResult<Recommendation> decode(std::string_view json) { return DecodeRecord<Recommendation>(json); }
   std::string encode() const { return EncodeRecord(*this); }
   std::string description() const { return DescribeRecord(*this); }
@@ -70,6 +74,8 @@ struct Recommendation {
 struct PaywallSettingsSet {
   static constexpr std::string_view kName = "PaywallSettingsSet";
 
+  // The answer's members, named as its JSON keys; absent when the service left
+  // one out or sent null.
   std::optional<std::string> obTitleText{};
   std::optional<std::string> obPromptText{};
   std::optional<std::string> obButtonText{};
@@ -91,6 +97,8 @@ struct PaywallSettingsSet {
     visit("obCustomerPrice", self.obCustomerPrice);
   }
 
+  // From the service\'s JSON by the rules above; back to JSON; and every member,
+  // for the kit\'s diagnostic lines.
   static DecodeResult<PaywallSettingsSet> decode(std::string_view json) { return DecodeRecord<PaywallSettingsSet>(json); }
   std::string encode() const { return EncodeRecord(*this); }
   std::string description() const { return DescribeRecord(*this); }
@@ -100,6 +108,8 @@ struct PaywallSettingsSet {
 struct CustomerSet {
   static constexpr std::string_view kName = "CustomerSet";
 
+  // The answer's members, named as its JSON keys; absent when the service left
+  // one out or sent null.
   std::optional<std::int64_t> id{};
   std::optional<std::string> email{};
   std::optional<bool> emailVerified{};
@@ -139,6 +149,8 @@ struct CustomerSet {
     visit("lastOtpTime", self.lastOtpTime);
   }
 
+  // From the service\'s JSON by the rules above; back to JSON; and every member,
+  // for the kit\'s diagnostic lines.
   static DecodeResult<CustomerSet> decode(std::string_view json) { return DecodeRecord<CustomerSet>(json); }
   std::string encode() const { return EncodeRecord(*this); }
   std::string description() const { return DescribeRecord(*this); }
@@ -148,6 +160,8 @@ struct CustomerSet {
 struct CustomerInfoSet {
   static constexpr std::string_view kName = "CustomerInfoSet";
 
+  // The answer's members, named as its JSON keys; absent when the service left
+  // one out or sent null.
   std::optional<std::int64_t> deviceId{};
   std::optional<std::string> deviceKey{};
   std::optional<std::string> userAgent{};
@@ -175,6 +189,8 @@ struct CustomerInfoSet {
     visit("customer", self.customer);
   }
 
+  // From the service\'s JSON by the rules above; back to JSON; and every member,
+  // for the kit\'s diagnostic lines.
   static DecodeResult<CustomerInfoSet> decode(std::string_view json) { return DecodeRecord<CustomerInfoSet>(json); }
   std::string encode() const { return EncodeRecord(*this); }
   std::string description() const { return DescribeRecord(*this); }
@@ -184,6 +200,8 @@ struct CustomerInfoSet {
 struct DataSet {
   static constexpr std::string_view kName = "DataSet";
 
+  // The answer's members, named as its JSON keys; absent when the service left
+  // one out or sent null.
   std::optional<std::int64_t> oboloBidId{};
   std::optional<std::int64_t> publisherId{};
   std::optional<std::string> publisherCurrency{};
@@ -245,6 +263,8 @@ struct DataSet {
     visit("customerInfo", self.customerInfo);
   }
 
+  // From the service\'s JSON by the rules above; back to JSON; and every member,
+  // for the kit\'s diagnostic lines.
   static DecodeResult<DataSet> decode(std::string_view json) { return DecodeRecord<DataSet>(json); }
   std::string encode() const { return EncodeRecord(*this); }
   std::string description() const { return DescribeRecord(*this); }
@@ -254,6 +274,8 @@ struct DataSet {
 struct OboloData {
   static constexpr std::string_view kName = "OboloData";
 
+  // The answer's members, named as its JSON keys; absent when the service left
+  // one out or sent null.
   std::optional<bool> success{};
   std::optional<std::string> message{};
   std::optional<DataSet> data{};
@@ -265,6 +287,8 @@ struct OboloData {
     visit("data", self.data);
   }
 
+  // From the service\'s JSON by the rules above; back to JSON; and every member,
+  // for the kit\'s diagnostic lines.
   static DecodeResult<OboloData> decode(std::string_view json) { return DecodeRecord<OboloData>(json); }
   std::string encode() const { return EncodeRecord(*this); }
   std::string description() const { return DescribeRecord(*this); }
@@ -274,6 +298,8 @@ struct OboloData {
 struct NextTokenData {
   static constexpr std::string_view kName = "NextTokenData";
 
+  // The answer's members, named as its JSON keys; absent when the service left
+  // one out or sent null.
   std::optional<bool> success{};
   std::optional<std::string> message{};
   std::optional<CustomerInfoSet> data{};
@@ -287,6 +313,8 @@ struct NextTokenData {
     visit("statusCode", self.statusCode);
   }
 
+  // From the service\'s JSON by the rules above; back to JSON; and every member,
+  // for the kit\'s diagnostic lines.
   static DecodeResult<NextTokenData> decode(std::string_view json) { return DecodeRecord<NextTokenData>(json); }
   std::string encode() const { return EncodeRecord(*this); }
   std::string description() const { return DescribeRecord(*this); }
@@ -296,6 +324,8 @@ struct NextTokenData {
 struct BADataSet {
   static constexpr std::string_view kName = "BADataSet";
 
+  // The answer's members, named as its JSON keys; absent when the service left
+  // one out or sent null.
   std::optional<double> balance{};
   std::optional<std::string> currency{};
   std::optional<std::int64_t> customerId{};
@@ -319,6 +349,8 @@ struct BADataSet {
     visit("recommendations", self.recommendations);
   }
 
+  // From the service\'s JSON by the rules above; back to JSON; and every member,
+  // for the kit\'s diagnostic lines.
   static DecodeResult<BADataSet> decode(std::string_view json) { return DecodeRecord<BADataSet>(json); }
   std::string encode() const { return EncodeRecord(*this); }
   std::string description() const { return DescribeRecord(*this); }
@@ -328,6 +360,8 @@ struct BADataSet {
 struct BalanceAndArticleData {
   static constexpr std::string_view kName = "BalanceAndArticleData";
 
+  // The answer's members, named as its JSON keys; absent when the service left
+  // one out or sent null.
   std::optional<bool> success{};
   std::optional<std::string> message{};
   std::optional<std::int64_t> statusCode{};
@@ -341,6 +375,8 @@ struct BalanceAndArticleData {
     visit("data", self.data);
   }
 
+  // From the service\'s JSON by the rules above; back to JSON; and every member,
+  // for the kit\'s diagnostic lines.
   static DecodeResult<BalanceAndArticleData> decode(std::string_view json) { return DecodeRecord<BalanceAndArticleData>(json); }
   std::string encode() const { return EncodeRecord(*this); }
   std::string description() const { return DescribeRecord(*this); }
@@ -351,10 +387,13 @@ class LogoutData {
  public:
   static constexpr std::string_view kName = "LogoutData";
 
+  // A logout answer, memberwise.
   LogoutData(std::optional<bool> success, std::optional<std::string> message, bool data,
              std::optional<std::int64_t> statusCode)
       : success(success), message(std::move(message)), data(data), statusCode(statusCode) {}
 
+  // The answer's members, named as its JSON keys; `data`, whether the device
+  // was logged out, is required.
   std::optional<bool> success{};
   std::optional<std::string> message{};
   bool data;
@@ -368,6 +407,8 @@ class LogoutData {
     visit("statusCode", self.statusCode);
   }
 
+  // From the service\'s JSON by the rules above; back to JSON; and every member,
+  // for the kit\'s diagnostic lines.
   static DecodeResult<LogoutData> decode(std::string_view json) { return DecodeRecord<LogoutData>(json); }
   std::string encode() const { return EncodeRecord(*this); }
   std::string description() const { return DescribeRecord(*this); }

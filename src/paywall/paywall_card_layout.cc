@@ -79,8 +79,11 @@ void PaywallVC::loadView() {
   btnUnlock->setBackgroundColor(kBrandBlue);
   btnUnlock->setTitleColor(UIColor::white(), UIControlState::normal);
   btnUnlock->layer().setCornerRadius(8);
+  // Hosts' UI tests find the card's controls by these, whatever the service's texts.
+  btnUnlock->setAccessibilityIdentifier("unlock");
   btnAgreement = std::make_shared<UIButton>(CGRect{{kSideMargin, 426}, {inner, 32}});
   btnAgreement->setTitleColor(UIColor::darkGray(), UIControlState::normal);
+  btnAgreement->setAccessibilityIdentifier("consent");
   lblWarning = Label({{kSideMargin, 460}, {inner, 20}}, 1);
   lblWarning->setTextColor(kWarningRed);
   const double linkWidth = inner / 3;

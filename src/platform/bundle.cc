@@ -7,8 +7,19 @@
 
 #include "platform/environment.h"
 
+// Where the build put the kit's resources (src/CMakeLists.txt); empty when
+// compiled without it.
 #ifndef OBOLO_SOURCE_RESOURCES_DIR
 #define OBOLO_SOURCE_RESOURCES_DIR ""
+#endif
+#ifndef OBOLO_BUILD_TREE_DIR
+#define OBOLO_BUILD_TREE_DIR ""
+#endif
+#ifndef OBOLO_INSTALLED_RESOURCES_DIR
+#define OBOLO_INSTALLED_RESOURCES_DIR ""
+#endif
+#ifndef OBOLO_RESOURCES_DIR_FROM_BINDIR
+#define OBOLO_RESOURCES_DIR_FROM_BINDIR ""
 #endif
 
 namespace obolo {
@@ -40,12 +51,37 @@ struct SearchRoot {
   bool children;
 };
 
+// Whether `path` lies inside `directory` (both absolute).
+bool IsWithin(const fs::path& path, const fs::path& directory) {
+  if (directory.empty()) return false;
+  const fs::path relative = path.lexically_normal().lexically_relative(directory.lexically_normal());
+  return !relative.empty() && *relative.begin() != "..";
+}
+
+// The kit is a static library, so it cannot ask where its own file lies; it
+// knows where its build put the resources and where an install puts them:
+//   1. OBOLO_BUNDLE_PATH, the host's word;
+//   2. the executable's directory, where a host ships its bundles;
+//   3. the source tree, for the tests and tools of the kit's own build tree;
+//   4. <bindir>/../share/obolo beside the executable, for a program installed
+//      into the kit's prefix, wherever that prefix has been moved;
+//   5. the data directory of the prefix the kit was configured for, where
+//      `cmake --install` put them;
+//   6. the source tree, for programs built elsewhere against a kit that has
+//      not been installed (add_subdirectory).
 std::vector<SearchRoot> SearchRoots() {
   std::vector<SearchRoot> roots;
   const std::string configured = EnvironmentOverride("OBOLO_BUNDLE_PATH", "");
   if (!configured.empty()) roots.push_back({configured, true});
-  roots.push_back({ExecutableDirectory(), true});
-  const std::string source = OBOLO_SOURCE_RESOURCES_DIR;
+  const fs::path executable_directory = ExecutableDirectory();
+  roots.push_back({executable_directory, true});
+  const fs::path source = OBOLO_SOURCE_RESOURCES_DIR;
+  if (!source.empty() && IsWithin(executable_directory, OBOLO_BUILD_TREE_DIR))
+    roots.push_back({source, false});
+  const fs::path from_bindir = OBOLO_RESOURCES_DIR_FROM_BINDIR;
+  if (!from_bindir.empty()) roots.push_back({executable_directory / from_bindir, false});
+  const fs::path installed = OBOLO_INSTALLED_RESOURCES_DIR;
+  if (!installed.empty()) roots.push_back({installed, false});
   if (!source.empty()) roots.push_back({source, false});
   return roots;
 }

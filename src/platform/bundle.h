@@ -2,10 +2,11 @@
 //
 // A bundle is a directory that carries an `Info.json` naming its identifier,
 // e.g. {"identifier": "io.obolo.kit"}. The kit's own bundle (identifier
-// "io.obolo.kit") is the repository's resources/ directory, which holds the
-// kit's images; a host that ships the kit's resources elsewhere points
-// OBOLO_BUNDLE_PATH at them. Storyboards and view layouts are compiled in
-// (see UIStoryboard), so a bundle holds only files.
+// "io.obolo.kit") holds the kit's images: the repository's resources/
+// directory, installed as share/obolo/ in the kit's prefix. An installed kit
+// finds it there by itself; a host that ships the kit's resources elsewhere
+// points OBOLO_BUNDLE_PATH at them. Storyboards and view layouts are compiled
+// in (see UIStoryboard), so a bundle holds only files.
 //
 // Bundles are plain values; every call reads the file system afresh and may be
 // made from any thread.
@@ -27,8 +28,11 @@ class Bundle {
 
   // The bundle with this identifier, looked for in order in: the directory
   // named by OBOLO_BUNDLE_PATH (itself and the directories directly in it), the
-  // directories beside the executable, and the kit's source resources
-  // directory. Absent when none carries the identifier.
+  // executable's directory (likewise), then the kit's own resource directories:
+  // the source tree's for programs of the kit's build tree, share/obolo/ of
+  // the prefix the executable is installed in, share/obolo/ of the prefix the
+  // kit was installed in, and the source tree's. Absent when none carries the
+  // identifier.
   static std::optional<Bundle> withIdentifier(std::string_view identifier);
 
   // The directory at `path` as a bundle, when it carries an Info.json.
@@ -38,11 +42,12 @@ class Bundle {
   // Its identifier is the one in an Info.json there, or empty.
   static Bundle main();
 
+  // The bundle's directory, and the identifier its Info.json declares.
   const std::filesystem::path& bundlePath() const { return path_; }
   const std::string& bundleIdentifier() const { return identifier_; }
 
-  // `<bundle>/<name>.<extension>` (or `<bundle>/<name>` for an empty extension)
-  // when that file exists.
+  // The file `name.extension` in the bundle's directory (`name` alone for an
+  // empty extension), when it exists.
   std::optional<std::filesystem::path> pathForResource(std::string_view name,
                                                        std::string_view extension) const;
 

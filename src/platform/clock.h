@@ -14,6 +14,7 @@ namespace obolo {
 class Clock {
  public:
   virtual ~Clock() = default;
+  // The current time; callable from any thread.
   virtual std::chrono::system_clock::time_point now() const = 0;
 
   // The clock in force: the system clock unless another was installed.

@@ -25,6 +25,7 @@
 
 namespace obolo {
 
+// Header fields as name and value, in wire order.
 using HttpHeaders = std::vector<std::pair<std::string, std::string>>;
 
 // One request. Header names and values go on the wire exactly as given (case
@@ -36,6 +37,8 @@ struct HttpRequest {
   // paywall service, far below what would strain a phone's memory.
   static constexpr std::size_t kDefaultMaxBodyBytes = 1024 * 1024;
 
+  // The method, the absolute address, the header fields and the body (empty
+  // for none).
   std::string method = "GET";
   std::string url;
   HttpHeaders headers;
@@ -64,6 +67,7 @@ struct HttpRequest {
   std::optional<std::string> value(std::string_view field) const;
 };
 
+// Why a transfer brought no answer; kNone when it did.
 enum class TransportError {
   kNone,
   kInvalidUrl,
@@ -79,25 +83,27 @@ enum class TransportError {
   kOther,
 };
 
+// The head of an answer that arrived.
 struct HttpResponse {
-  int statusCode = 0;
+  int statusCode = 0;  // whatever it is: 200, 401, 500...
   // The address the response came from, after any redirect.
   std::string url;
-  HttpHeaders headers;
+  HttpHeaders headers;  // as received, in order
 };
 
 // What a transfer produced. `response` and `body` are present together when an
 // answer arrived (an empty body is present and empty); after a transport
 // failure `body` is absent and `error` says why.
 struct HttpOutcome {
-  std::optional<HttpResponse> response;
-  std::optional<std::string> body;
-  TransportError error = TransportError::kNone;
-  std::string errorDescription;
+  std::optional<HttpResponse> response;  // present when an answer arrived
+  std::optional<std::string> body;       // present with the response
+  TransportError error = TransportError::kNone;  // kNone when an answer arrived
+  std::string errorDescription;                  // the transport's own words, for diagnostics
 };
 
 class HttpSession {
  public:
+  // Receives a transfer's outcome, on the session's thread.
   using CompletionHandler = std::function<void(HttpOutcome)>;
 
   virtual ~HttpSession() = default;

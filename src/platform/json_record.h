@@ -74,9 +74,11 @@ concept JsonRecord = requires(T& value) {
 template <class T>
 class DecodeResult {
  public:
+  // A decoded record, or the sentence saying why there is none.
   static DecodeResult success(T value) { return DecodeResult(std::move(value), {}); }
   static DecodeResult failure(std::string error) { return DecodeResult(std::nullopt, std::move(error)); }
 
+  // Whether a record was decoded.
   bool ok() const { return value_.has_value(); }
   explicit operator bool() const { return ok(); }
   // REQUIRES: ok().

@@ -50,12 +50,14 @@ class MainLoop;
 // whatever the block captures, until it has fired or was invalidated.
 class Timer {
  public:
+  // The loop's clock, and what a timer runs when it fires (given the timer).
   using Clock = std::chrono::steady_clock;
   using Block = std::function<void(Timer&)>;
 
   // The interval the timer was scheduled with, after the platform's rule that
   // an interval of zero or less counts as 0.1 ms (0.0001 s).
   double timeInterval() const { return interval_; }
+  // When the timer fires, on the loop's clock.
   Clock::time_point fireDate() const { return due_; }
   // True until the timer has fired or was invalidated. Main thread only.
   bool isValid() const { return valid_; }
@@ -72,6 +74,7 @@ class Timer {
 
 class MainLoop {
  public:
+  // Work posted to the loop; the loop's clock; durations in seconds.
   using Task = std::function<void()>;
   using Clock = std::chrono::steady_clock;
   using Seconds = std::chrono::duration<double>;

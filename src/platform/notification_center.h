@@ -26,17 +26,20 @@
 
 namespace obolo {
 
+// One posted notification, as observers receive it.
 struct Notification {
-  std::string name;
+  std::string name;  // what was posted, e.g. "NotificationIdentifier"
   // The sender, when the poster gave one; empty otherwise.
   std::any object;
-  std::map<std::string, std::any> userInfo;
+  std::map<std::string, std::any> userInfo;  // what the poster attached
 };
 
 class NotificationCenter {
  public:
+  // What an observer runs for a notification, on the poster's thread.
   using Handler = std::function<void(const Notification&)>;
 
+  // The process's centre, where the kit posts and observes.
   static NotificationCenter& defaultCenter();
 
   // Calls `handler` for every later notification named `name` while `owner` is
@@ -57,6 +60,8 @@ class NotificationCenter {
   void removeObserver(const std::shared_ptr<void>& owner);
   void removeObserver(const std::shared_ptr<void>& owner, const std::string& name);
 
+  // Calls, at once and on this thread, every live registration for `name`, in
+  // registration order.
   void post(std::string name, std::any object = {}, std::map<std::string, std::any> userInfo = {});
 
   // Registrations whose owner is still alive (for tests and diagnostics).

@@ -18,6 +18,7 @@
 
 namespace obolo {
 
+// The attributes the kit sets: text colour, underline colour, underline style.
 enum class NSAttributedStringKey { foregroundColor, underlineColor, underlineStyle };
 
 // The platform's underline styles (raw values).
@@ -25,23 +26,28 @@ enum class NSUnderlineStyle : int { none = 0, single = 1, thick = 2, doubleLine 
 
 using NSAttributeValue = std::variant<UIColor, NSUnderlineStyle>;
 
+// A stretch of the text: first byte and number of bytes.
 struct NSRange {
-  std::size_t location = 0;
-  std::size_t length = 0;
+  std::size_t location = 0;  // the first byte
+  std::size_t length = 0;    // bytes
   friend bool operator==(const NSRange&, const NSRange&) = default;
 };
 
+// The text and its attributes.
 class NSAttributedString {
  public:
+  // One attribute: which, its value, and the stretch it covers.
   struct Attribute {
-    NSAttributedStringKey key;
-    NSAttributeValue value;
-    NSRange range;
+    NSAttributedStringKey key;  // which attribute
+    NSAttributeValue value;  // of the type the key takes
+    NSRange range;  // the stretch it covers
   };
 
+  // Empty, or the given text without attributes.
   NSAttributedString() = default;
   explicit NSAttributedString(std::string string) : string_(std::move(string)) {}
 
+  // The text, and its length in bytes.
   const std::string& string() const { return string_; }
   std::size_t length() const { return string_.size(); }
 
@@ -51,7 +57,9 @@ class NSAttributedString {
     addAttribute(key, std::move(value), NSRange{0, length()});
   }
 
+  // Every attribute, in the order added.
   const std::vector<Attribute>& attributes() const { return attributes_; }
+
   // The value of `key` at byte `index`, if any attribute covers it.
   std::optional<NSAttributeValue> attribute(NSAttributedStringKey key, std::size_t index) const;
   // The value of `key` when one attribute of that key covers the whole text.

@@ -16,6 +16,9 @@ namespace obolo {
 
 class CALayer {
  public:
+  // The shadow: its colour (none draws no shadow), opacity from 0 to 1, offset
+  // and blur radius in points; then the corner rounding and whether the layer
+  // clips its content to its rounded bounds. Each setter takes effect at once.
   std::optional<UIColor> shadowColor() const { return shadow_color_; }
   void setShadowColor(std::optional<UIColor> color) { shadow_color_ = color; }
   float shadowOpacity() const { return shadow_opacity_; }

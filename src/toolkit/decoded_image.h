@@ -12,6 +12,7 @@ namespace obolo {
 // byte order (cairo's CAIRO_FORMAT_ARGB32), rows top to bottom, no padding.
 // A renderer wraps them in an image surface as they are, without converting.
 struct DecodedImage {
+  // The size in pixels.
   std::uint32_t width = 0;
   std::uint32_t height = 0;
   std::vector<std::uint32_t> pixels;  // width * height

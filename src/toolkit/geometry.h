@@ -13,26 +13,34 @@ namespace obolo {
 
 using CGFloat = double;
 
+// A point in the screen's coordinates: points, y growing downwards.
 struct CGPoint {
-  CGFloat x = 0;
-  CGFloat y = 0;
+  CGFloat x = 0;  // points from the left
+  CGFloat y = 0;  // points from the top
   friend bool operator==(const CGPoint&, const CGPoint&) = default;
 };
 
+// A width and a height in points.
 struct CGSize {
+  // Never negative for the kit's own views; the platform allows it.
   CGFloat width = 0;
   CGFloat height = 0;
   friend bool operator==(const CGSize&, const CGSize&) = default;
 };
 
+// A rectangle: its origin (top left) and its size.
 struct CGRect {
+  // Top left corner, then extent.
   CGPoint origin;
   CGSize size;
 
+  // The empty rectangle at (0, 0); from an origin and a size; from its four numbers.
   constexpr CGRect() = default;
   constexpr CGRect(CGPoint o, CGSize s) : origin(o), size(s) {}
   constexpr CGRect(CGFloat x, CGFloat y, CGFloat width, CGFloat height) : origin{x, y}, size{width, height} {}
 
+  // Extent and edges: min is the left or top edge, max the right or bottom
+  // one, mid the centre line.
   CGFloat width() const { return size.width; }
   CGFloat height() const { return size.height; }
   CGFloat minX() const { return origin.x; }
@@ -47,6 +55,7 @@ struct CGRect {
   CGRect insetBy(CGFloat dx, CGFloat dy) const {
     return CGRect(origin.x + dx, origin.y + dy, size.width - 2 * dx, size.height - 2 * dy);
   }
+  // Whether `point` lies inside; the right and bottom edges are outside.
   bool contains(CGPoint point) const {
     return point.x >= minX() && point.x < maxX() && point.y >= minY() && point.y < maxY();
   }

@@ -28,6 +28,8 @@ class NSLayoutConstraint : public NSObject {
   NSLayoutConstraint(std::string identifier, CGFloat constant, bool active = true)
       : identifier_(std::move(identifier)), constant_(constant), active_(active) {}
 
+  // The name the layout gives it; the distance or size it holds; whether it takes
+  // part in layout; and its priority, kPriorityRequired unless lowered.
   const std::string& identifier() const { return identifier_; }
   void setIdentifier(std::string identifier) { identifier_ = std::move(identifier); }
   CGFloat constant() const { return constant_; }

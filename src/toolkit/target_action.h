@@ -44,8 +44,11 @@ void CallAction(Target& target, Method method, const std::shared_ptr<Sender>& se
 template <class Sender>
 class TargetActionList {
  public:
+  // An action as the list calls it, with the sender.
   using Action = std::function<void(const std::shared_ptr<Sender>&)>;
 
+  // Adds `method` of `target` (held weakly: a target that is gone is skipped)
+  // for `events`.
   template <class Target, class Method>
   void add(const std::shared_ptr<Target>& target, Method method, unsigned events) {
     std::weak_ptr<Target> weak = target;
@@ -76,7 +79,7 @@ class TargetActionList {
     for (const auto& action : due) action(sender);
   }
 
-  bool empty() const { return entries_.empty(); }
+  bool empty() const { return entries_.empty(); }  // no action registered
 
  private:
   struct Entry {

@@ -15,9 +15,13 @@ class UIActivityIndicatorView : public UIView {
   // The platform's raw values.
   enum class Style { whiteLarge = 0, white = 1, gray = 2, medium = 100, large = 101 };
 
+  // A stopped indicator, hidden as the platform hides a stopped one.
   explicit UIActivityIndicatorView(Style style = Style::medium) : style_(style) { setHidden(true); }
 
-  Style style() const { return style_; }
+  Style style() const { return style_; }  // as made
+
+  // Starting shows the indicator; stopping hides it when hidesWhenStopped()
+  // (the default).
   void startAnimating();
   void stopAnimating();
   bool isAnimating() const { return animating_; }

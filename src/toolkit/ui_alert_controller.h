@@ -25,15 +25,20 @@
 
 namespace obolo {
 
+// One button of an alert: its title, style, whether it can be tapped, and the
+// handler a tap runs once the alert is gone.
 class UIAlertAction : public NSObject {
  public:
   // The platform's raw values.
   enum class Style { defaultStyle = 0, cancel = 1, destructive = 2 };
+  // What a tap on the action runs, given the action.
   using Handler = std::function<void(const std::shared_ptr<UIAlertAction>&)>;
 
+  // An enabled action; `handler` may be empty.
   UIAlertAction(std::optional<std::string> title, Style style, Handler handler = nullptr)
       : title_(std::move(title)), style_(style), handler_(std::move(handler)) {}
 
+  // What the action is made of; setEnabled(false) makes taps on it ignored.
   const std::optional<std::string>& title() const { return title_; }
   Style style() const { return style_; }
   bool isEnabled() const { return enabled_; }
@@ -53,17 +58,21 @@ class UIAlertController : public UIViewController {
   // The platform's raw values.
   enum class Style { actionSheet = 0, alert = 1 };
 
+  // An alert without actions yet.
   UIAlertController(std::optional<std::string> title, std::optional<std::string> message,
                     Style preferred_style)
       : title_(std::move(title)), message_(std::move(message)), preferred_style_(preferred_style) {}
 
+  // What it was made with.
   const std::optional<std::string>& title() const { return title_; }
   const std::optional<std::string>& message() const { return message_; }
   Style preferredStyle() const { return preferred_style_; }
 
+  // Adds a button, after the others.
   void addAction(const std::shared_ptr<UIAlertAction>& action);
   const std::vector<std::shared_ptr<UIAlertAction>>& actions() const { return actions_; }
 
+  // The colour of the alert's buttons; none for the platform's tint.
   std::optional<UIColor> tintColor() const { return tint_color_; }
   void setTintColor(std::optional<UIColor> color);
 

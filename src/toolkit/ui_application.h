@@ -24,8 +24,10 @@ class UIWindow;
 
 class UIApplication {
  public:
+  // Options of open(), keyed as on the platform; the kit passes none.
   using OpenOptions = std::map<std::string, std::any>;
 
+  // The one application object.
   static UIApplication& shared();
 
   // Records `url`; `completion`, when given, runs with true on a later turn of
@@ -34,6 +36,7 @@ class UIApplication {
             std::function<void(bool success)> completion = nullptr);
   const std::vector<URL>& openedURLs() const { return opened_urls_; }
 
+  // The windows made visible and still alive, oldest first.
   std::vector<std::shared_ptr<UIWindow>> windows() const;
   // The key window, or null.
   std::shared_ptr<UIWindow> keyWindow() const { return key_window_.lock(); }

@@ -24,27 +24,34 @@ namespace obolo {
 
 class UIButton : public UIControl {
  public:
+  // The platform's button types (raw values).
   enum class ButtonType { custom = 0, system = 1 };
 
+  // A custom button, with a frame, or of a type.
   UIButton() = default;
   explicit UIButton(CGRect frame) : UIControl(frame) {}
   explicit UIButton(ButtonType type) : type_(type) {}
 
-  ButtonType buttonType() const { return type_; }
+  ButtonType buttonType() const { return type_; }  // custom unless made with a type
 
+  // Title, title colour, attributed title and image per control state. A state
+  // without a value of its own shows the normal state's.
   void setTitle(std::optional<std::string> title, UIControlState state);
   std::optional<std::string> title(UIControlState state) const;
   void setTitleColor(std::optional<UIColor> color, UIControlState state);
   // None unless set for the state or for normal.
   std::optional<UIColor> titleColor(UIControlState state) const;
+  // The attributed title and the image, per state likewise.
   void setAttributedTitle(std::optional<NSAttributedString> title, UIControlState state);
   std::optional<NSAttributedString> attributedTitle(UIControlState state) const;
   void setImage(std::shared_ptr<const UIImage> image, UIControlState state);
   std::shared_ptr<const UIImage> image(UIControlState state) const;
 
+  // What the button shows in its current state.
   std::optional<std::string> currentTitle() const { return title(state()); }
   std::shared_ptr<const UIImage> currentImage() const { return image(state()); }
 
+  // The subviews that show the title and the image, made on first use.
   std::shared_ptr<UILabel> titleLabel();
   std::shared_ptr<UIImageView> imageView();
 

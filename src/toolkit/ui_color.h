@@ -13,12 +13,15 @@ namespace obolo {
 
 class UIColor {
  public:
+  // From its four components, each a fraction from 0 to 1 (not clamped).
   constexpr UIColor(CGFloat red, CGFloat green, CGFloat blue, CGFloat alpha)
       : red_(red), green_(green), blue_(blue), alpha_(alpha) {}
 
   // A grey of the given white level.
   static constexpr UIColor withWhite(CGFloat white, CGFloat alpha) { return {white, white, white, alpha}; }
 
+  // The platform's named colours: clear is transparent black; the greys are
+  // white levels 0.5, 2/3 and 1/3.
   static constexpr UIColor clear() { return withWhite(0, 0); }
   static constexpr UIColor black() { return withWhite(0, 1); }
   static constexpr UIColor white() { return withWhite(1, 1); }
@@ -28,6 +31,7 @@ class UIColor {
   // The platform's default tint.
   static constexpr UIColor systemBlue() { return {0, 122.0 / 255.0, 1, 1}; }
 
+  // The components, as given.
   constexpr CGFloat red() const { return red_; }
   constexpr CGFloat green() const { return green_; }
   constexpr CGFloat blue() const { return blue_; }

@@ -34,8 +34,11 @@ enum class UIControlState : unsigned { normal = 0, highlighted = 1, disabled = 2
 
 class UIControl : public UIView {
  public:
+  // The constructors of UIView.
   using UIView::UIView;
 
+  // Calls `action` on `target` (held weakly) for `events`, with the control as
+  // sender.
   template <class Target, class Method>
   void addTarget(const std::shared_ptr<Target>& target, Method action, UIControlEvent events) {
     actions_.add(target, action, static_cast<unsigned>(events));
@@ -57,6 +60,7 @@ class UIControl : public UIView {
   // and its ancestors are shown and accept interaction. Returns whether it did.
   bool tap();
 
+  // The control's state flags; each change updates state().
   bool isEnabled() const { return enabled_; }
   void setEnabled(bool enabled) {
     enabled_ = enabled;
@@ -72,6 +76,7 @@ class UIControl : public UIView {
     highlighted_ = highlighted;
     stateDidChange();
   }
+  // The flags as one state: disabled, else highlighted, else selected, else normal.
   UIControlState state() const;
 
  protected:

@@ -18,6 +18,7 @@ namespace obolo {
 
 class UIView;
 
+// Where a gesture is (the platform's raw values).
 enum class UIGestureRecognizerState {
   possible = 0,
   began = 1,
@@ -29,6 +30,7 @@ enum class UIGestureRecognizerState {
 
 class UIGestureRecognizer : public NSObject {
  public:
+  // A recogniser with no targets yet.
   UIGestureRecognizer() = default;
   // Registers `action` of `target` (held weakly), as the platform's initialiser
   // with a target does.
@@ -37,6 +39,7 @@ class UIGestureRecognizer : public NSObject {
     addTarget(target, action);
   }
 
+  // Adds `action` of `target` (held weakly), fired on every change of state.
   template <class Target, class Method>
   void addTarget(const std::shared_ptr<Target>& target, Method action) {
     actions_.add(target, action, kAllEvents);
@@ -47,8 +50,11 @@ class UIGestureRecognizer : public NSObject {
   void addAction(TargetActionList<UIGestureRecognizer>::Action action) {
     actions_.add(std::move(action), kAllEvents);
   }
+  // Drops the actions of `target`.
   void removeTarget(const void* target) { actions_.remove(target, kAllEvents); }
 
+  // The view it is attached to (null when none), its state, and whether it
+  // recognises at all.
   std::shared_ptr<UIView> view() const { return view_.lock(); }
   UIGestureRecognizerState state() const { return state_; }
   bool isEnabled() const { return enabled_; }

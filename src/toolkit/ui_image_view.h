@@ -12,11 +12,13 @@ namespace obolo {
 
 class UIImageView : public UIView {
  public:
+  // The constructors of UIView, and one that shows `image` at its own size.
   using UIView::UIView;
   explicit UIImageView(std::shared_ptr<const UIImage> image) : image_(std::move(image)) {
     if (image_) setFrame(CGRect(CGPoint{}, image_->size()));
   }
 
+  // The image shown; null for none.
   const std::shared_ptr<const UIImage>& image() const { return image_; }
   void setImage(std::shared_ptr<const UIImage> image) { image_ = std::move(image); }
 

@@ -13,6 +13,7 @@ namespace obolo {
 
 class UILabel : public UIView {
  public:
+  // The constructors of UIView.
   using UIView::UIView;
 
   // None until set. Setting plain text drops an attributed text.
@@ -21,6 +22,8 @@ class UILabel : public UIView {
   // Setting an attributed text also sets the plain text to its characters.
   const std::optional<NSAttributedString>& attributedText() const { return attributed_text_; }
   void setAttributedText(std::optional<NSAttributedString> text);
+  // Black text on one line unless set otherwise; 0 lines means as many as
+  // the text needs.
   UIColor textColor() const { return text_color_; }
   void setTextColor(UIColor color) { text_color_ = color; }
   int numberOfLines() const { return number_of_lines_; }

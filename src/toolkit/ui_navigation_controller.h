@@ -15,9 +15,11 @@
 
 namespace obolo {
 
+// The bar at the top of a navigation controller's screens.
 class UINavigationBar : public UIView {
  public:
-  static constexpr CGFloat kHeight = 44;
+  static constexpr CGFloat kHeight = 44;  // points, the platform's
+  // The constructors of UIView.
   using UIView::UIView;
 };
 
@@ -30,7 +32,10 @@ class UINavigationController : public UIViewController {
   static std::shared_ptr<UINavigationController> withRootViewController(
       const std::shared_ptr<UIViewController>& root);
 
+  // The bar, made with the controller's view.
   std::shared_ptr<UINavigationBar> navigationBar();
+  // The stack, bottom first; its top; pushing a screen on top, and popping the
+  // top one (none when only the root is left). Animation is not simulated.
   std::vector<std::shared_ptr<UIViewController>> viewControllers() const { return children(); }
   std::shared_ptr<UIViewController> topViewController() const;
   void pushViewController(const std::shared_ptr<UIViewController>& controller, bool animated);

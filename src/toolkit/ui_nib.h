@@ -22,6 +22,7 @@ namespace obolo {
 
 class UINib {
  public:
+  // What a layout holds, and the function that makes a fresh copy of it.
   using TopLevelObjects = std::vector<std::shared_ptr<NSObject>>;
   using Loader = std::function<TopLevelObjects()>;
 

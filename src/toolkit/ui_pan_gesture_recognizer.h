@@ -18,6 +18,7 @@ namespace obolo {
 
 class UIPanGestureRecognizer : public UIGestureRecognizer {
  public:
+  // The constructors of UIGestureRecognizer.
   using UIGestureRecognizer::UIGestureRecognizer;
 
   // The movement since the gesture began or since the last setTranslation.

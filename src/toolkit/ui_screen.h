@@ -11,6 +11,7 @@ namespace obolo {
 
 class UIScreen {
  public:
+  // The device's screen.
   static UIScreen& main();
 
   // 390 x 844 points at origin (0, 0) until set: a common phone.

@@ -28,21 +28,28 @@ namespace obolo {
 
 class UIViewController;
 
+// A storyboard: named screens (scenes) and the segues between them, registered
+// in code, since there are no layout files.
 class UIStoryboard {
  public:
+  // A screen: its identifier and how to make its controller.
   struct Scene {
-    std::string identifier;
-    std::function<std::shared_ptr<UIViewController>()> make;
+    std::string identifier;                                  // e.g. "PaywallVCID"
+    std::function<std::shared_ptr<UIViewController>()> make;  // a new controller each call
   };
   // A segue always presents its destination modally, in `presentationStyle`
   // when given, otherwise in the destination's own style.
   struct Segue {
+    // The scene it starts from, its own identifier, the scene it presents, and
+    // the presentation style that overrides the destination's.
     std::string source;
     std::string identifier;
     std::string destination;
     std::optional<UIModalPresentationStyle> presentationStyle;
   };
+  // A whole storyboard: its scenes, its segues and the scene it starts with.
   struct Definition {
+    // The scenes, the segues between them, and the identifier of the first scene.
     std::vector<Scene> scenes;
     std::vector<Segue> segues;
     std::string initialScene;
@@ -56,6 +63,8 @@ class UIStoryboard {
   // too, but exists() is false and it instantiates nothing.
   explicit UIStoryboard(std::string name, std::optional<Bundle> bundle = std::nullopt);
 
+  // The name and bundle it was opened with, and whether such a storyboard is
+  // registered.
   const std::string& name() const { return name_; }
   const std::optional<Bundle>& bundle() const { return bundle_; }
   bool exists() const { return definition_ != nullptr; }
@@ -69,6 +78,7 @@ class UIStoryboard {
   std::shared_ptr<T> instantiateViewController(std::string_view identifier) const {
     return std::dynamic_pointer_cast<T>(instantiateViewController(identifier));
   }
+  // A new controller for the initial scene; null when there is none.
   std::shared_ptr<UIViewController> instantiateInitialViewController() const;
 
   // The segue leaving scene `source` under `identifier`, if the storyboard has it.

@@ -14,12 +14,14 @@ class UIViewController;
 
 class UIStoryboardSegue {
  public:
+  // A segue from `source` to `destination`, as a storyboard performs it.
   UIStoryboardSegue(std::string identifier, std::shared_ptr<UIViewController> source,
                     std::shared_ptr<UIViewController> destination)
       : identifier_(std::move(identifier)),
         source_(std::move(source)),
         destination_(std::move(destination)) {}
 
+  // What it was made with.
   const std::string& identifier() const { return identifier_; }
   const std::shared_ptr<UIViewController>& source() const { return source_; }
   const std::shared_ptr<UIViewController>& destination() const { return destination_; }

@@ -34,6 +34,7 @@ class UIWindow;
 
 class UIView : public NSObject {
  public:
+  // A view with an empty frame, or with `frame`; shown, with no subviews.
   UIView();
   explicit UIView(CGRect frame);
   ~UIView() override;
@@ -55,11 +56,15 @@ class UIView : public NSObject {
   void addSubview(const std::shared_ptr<UIView>& view);
   // Inserts at `index` among the subviews (clamped to the end).
   void insertSubview(const std::shared_ptr<UIView>& view, std::size_t index);
+  // Inserts right below or above `sibling`, or moves a subview to the top or
+  // the bottom.
   void insertSubviewBelow(const std::shared_ptr<UIView>& view, const std::shared_ptr<UIView>& sibling);
   void insertSubviewAbove(const std::shared_ptr<UIView>& view, const std::shared_ptr<UIView>& sibling);
   void bringSubviewToFront(const std::shared_ptr<UIView>& view);
   void sendSubviewToBack(const std::shared_ptr<UIView>& view);
+  // Takes this view out of its superview (which held it); nothing without one.
   void removeFromSuperview();
+  // Whether this view is `ancestor` or lies below it.
   bool isDescendant(const UIView& ancestor) const;
   // The window at the root of this view's tree, if the root is a window.
   std::shared_ptr<UIWindow> window() const;
@@ -76,6 +81,7 @@ class UIView : public NSObject {
   // The view's own tint, else its superview's, else the platform's blue.
   UIColor tintColor() const;
   void setTintColor(std::optional<UIColor> color) { tint_color_ = color; }
+  // The view's layer: shadow and corners.
   CALayer& layer() { return layer_; }
   const CALayer& layer() const { return layer_; }
 

@@ -52,6 +52,8 @@ class UIViewController : public NSObject {
   ~UIViewController() override;
 
   // --- The view ---
+  // The view, loaded on first use (see above); the view if loaded, else null;
+  // whether it is loaded; loading it now.
   std::shared_ptr<UIView> view();
   std::shared_ptr<UIView> viewIfLoaded() const { return view_; }
   bool isViewLoaded() const { return view_ != nullptr; }
@@ -78,6 +80,10 @@ class UIViewController : public NSObject {
   std::shared_ptr<UINavigationController> navigationController() const;
 
   // --- Presentation ---
+  // Presents `controller` modally over this one, or dismisses what this one
+  // presents (or itself, when presented); both complete on a later turn (see
+  // above). Then the links either way, whether a transition is under way, and
+  // the style this controller is presented in.
   void present(const std::shared_ptr<UIViewController>& controller, bool animated,
                std::function<void()> completion = nullptr);
   void dismiss(bool animated, std::function<void()> completion = nullptr);

@@ -13,11 +13,13 @@
 
 namespace obolo {
 
+// A blur of what lies behind a view.
 class UIBlurEffect {
  public:
   // The platform's raw values.
   enum class Style { extraLight = 0, light = 1, dark = 2, regular = 4, prominent = 5 };
 
+  // A blur of the given style.
   explicit UIBlurEffect(Style style) : style_(style) {}
   Style style() const { return style_; }
   friend bool operator==(const UIBlurEffect&, const UIBlurEffect&) = default;
@@ -28,8 +30,10 @@ class UIBlurEffect {
 
 class UIVisualEffectView : public UIView {
  public:
+  // A view that blurs what lies behind it with `effect`; none blurs nothing.
   explicit UIVisualEffectView(std::optional<UIBlurEffect> effect) : effect_(effect) {}
 
+  // The blur; changing it changes the view's look at once.
   const std::optional<UIBlurEffect>& effect() const { return effect_; }
   void setEffect(std::optional<UIBlurEffect> effect) { effect_ = effect; }
   // Created on first use as a subview that fills this view and follows its size.

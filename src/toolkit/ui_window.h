@@ -26,14 +26,18 @@ class UIWindow : public UIView {
   explicit UIWindow(std::shared_ptr<UIWindowScene> scene);
   ~UIWindow() override;
 
+  // The scene the window belongs to, if any.
   std::shared_ptr<UIWindowScene> windowScene() const { return scene_; }
   void setWindowScene(std::shared_ptr<UIWindowScene> scene) { scene_ = std::move(scene); }
 
+  // The screen the window shows; null until set.
   std::shared_ptr<UIViewController> rootViewController() const { return root_view_controller_; }
   // Replaces the root: the old root's view leaves the window, the new one's
   // view (loaded now) fills it. A visible window tells the new root it appears.
   void setRootViewController(std::shared_ptr<UIViewController> controller);
 
+  // Shows the window and makes it the application's key window (the one that
+  // presents alerts and takes taps); makeKey() only the latter.
   void makeKeyAndVisible();
   void makeKey();
   bool isKeyWindow() const;

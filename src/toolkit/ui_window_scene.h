@@ -13,10 +13,12 @@
 
 namespace obolo {
 
+// Where the status bar sits on the scene's screen.
 class UIStatusBarManager : public NSObject {
  public:
-  static constexpr CGFloat kDefaultHeight = 47;
+  static constexpr CGFloat kDefaultHeight = 47;  // points, a recent phone's
 
+  // A status bar across the main screen's top, kDefaultHeight high.
   UIStatusBarManager();
   CGRect statusBarFrame() const { return status_bar_frame_; }
   void setStatusBarFrame(CGRect frame) { status_bar_frame_ = frame; }
@@ -27,8 +29,10 @@ class UIStatusBarManager : public NSObject {
 
 class UIWindowScene : public NSObject {
  public:
+  // A scene with the default status bar.
   UIWindowScene() : status_bar_manager_(std::make_shared<UIStatusBarManager>()) {}
 
+  // The scene's status bar; replaceable, for a screen of another shape.
   std::shared_ptr<UIStatusBarManager> statusBarManager() const { return status_bar_manager_; }
   void setStatusBarManager(std::shared_ptr<UIStatusBarManager> manager) {
     status_bar_manager_ = std::move(manager);

@@ -4,16 +4,10 @@
 #include <cctype>
 #include <ostream>
 
+#include "platform/url.h"
+
 namespace obolo {
 namespace {
-
-bool IsHexDigit(char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; }
-
-bool IsAllowed(char c) {
-  if (std::isalnum(static_cast<unsigned char>(c)) != 0) return true;
-  static constexpr std::string_view kAllowed = "-._~:/?#[]@!$&'()*+,;=";
-  return kAllowed.find(c) != std::string_view::npos;
-}
 
 // The scheme's length, or 0 when the text does not start with "scheme:".
 std::size_t SchemeLength(std::string_view text) {
@@ -52,17 +46,7 @@ std::size_t HostLength(std::string_view authority) {
 }  // namespace
 
 std::optional<URL> URL::fromString(std::string_view text) {
-  if (text.empty()) return std::nullopt;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (c == '%') {
-      if (i + 2 >= text.size() || !IsHexDigit(text[i + 1]) || !IsHexDigit(text[i + 2])) return std::nullopt;
-      i += 2;
-      continue;
-    }
-    if (!IsAllowed(c)) return std::nullopt;
-  }
-  if (std::count(text.begin(), text.end(), '#') > 1) return std::nullopt;
+  if (!IsValidUrl(text) || std::count(text.begin(), text.end(), '#') > 1) return std::nullopt;
   return URL(std::string(text));
 }
 

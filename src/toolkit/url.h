@@ -19,8 +19,10 @@ namespace obolo {
 
 class URL {
  public:
+  // The URL of `text`; none when the text is not a well-formed URL.
   static std::optional<URL> fromString(std::string_view text);
 
+  // The text, exactly as given.
   const std::string& absoluteString() const { return text_; }
   // Lower-case scheme ("https", "mailto"); empty for a relative reference.
   std::string scheme() const;

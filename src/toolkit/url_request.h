@@ -21,12 +21,16 @@ class URLRequest {
     returnCacheDataElseLoad = 2,
     returnCacheDataDontLoad = 3,
   };
+  // Seconds, as on the platform.
   static constexpr double kDefaultTimeoutInterval = 60.0;
 
+  // A GET of `url` with no headers and no body.
   explicit URLRequest(URL url, CachePolicy cache_policy = CachePolicy::useProtocolCachePolicy,
                       double timeout_interval = kDefaultTimeoutInterval)
       : url_(std::move(url)), cache_policy_(cache_policy), timeout_interval_(timeout_interval) {}
 
+  // What the request asks for: address, method, cache policy, time allowed (seconds),
+  // header fields in the order set (setValue adds one), body.
   const URL& url() const { return url_; }
   const std::string& httpMethod() const { return http_method_; }
   void setHttpMethod(std::string method) { http_method_ = std::move(method); }

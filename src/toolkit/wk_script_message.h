@@ -22,6 +22,7 @@ class WKWebView;
 
 class WKScriptMessage {
  public:
+  // A message as the web view delivers it, with the frame that posted it.
   WKScriptMessage(std::string name, nlohmann::json body, std::weak_ptr<WKWebView> web_view, WKFrameInfo frame_info)
       : name_(std::move(name)),
         body_(std::move(body)),
@@ -30,6 +31,7 @@ class WKScriptMessage {
 
   // The name of the handler the page posted to.
   const std::string& name() const { return name_; }
+  // What the page posted, as JSON; and the web view it came from (null once gone).
   const nlohmann::json& body() const { return body_; }
   std::shared_ptr<WKWebView> webView() const { return web_view_.lock(); }
   // The frame that posted the message.

@@ -25,6 +25,8 @@ class WKUserContentController;
 class WKScriptMessageHandler {
  public:
   virtual ~WKScriptMessageHandler() = default;
+  // A page posted `message` to the name this handler is registered under; on
+  // the main loop.
   virtual void userContentController(WKUserContentController& controller, const WKScriptMessage& message) = 0;
 };
 
@@ -33,9 +35,11 @@ class WKUserContentController : public NSObject {
   // Registers `handler` under `name`. A name already taken keeps its handler
   // (the platform refuses a second one) and false is returned.
   bool add(std::shared_ptr<WKScriptMessageHandler> handler, std::string name);
+  // Drops the handler of `name`, or every handler.
   void removeScriptMessageHandler(std::string_view name);
   void removeAllScriptMessageHandlers() { handlers_.clear(); }
 
+  // The handler registered under `name`; null when none is.
   std::shared_ptr<WKScriptMessageHandler> handler(std::string_view name) const;
 
  private:

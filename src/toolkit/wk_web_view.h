@@ -23,12 +23,15 @@
 
 namespace obolo {
 
+// What pages may do: run their scripts (the login page needs them).
 struct WKWebpagePreferences {
-  bool allowsContentJavaScript = true;
+  bool allowsContentJavaScript = true;  // pages run their scripts
 };
 
 // Copied into a web view when it is made; the content controller is shared.
 struct WKWebViewConfiguration {
+  // The preferences pages start with, and the controller that carries the
+  // script message handlers.
   WKWebpagePreferences defaultWebpagePreferences;
   std::shared_ptr<WKUserContentController> userContentController =
       std::make_shared<WKUserContentController>();
@@ -40,6 +43,7 @@ class WKNavigationDelegate {
  public:
   virtual ~WKNavigationDelegate() = default;
 };
+// See WKNavigationDelegate.
 class WKUIDelegate {
  public:
   virtual ~WKUIDelegate() = default;
@@ -47,16 +51,19 @@ class WKUIDelegate {
 
 class WKWebView : public UIView {
  public:
+  // A web view with a copy of `configuration`.
   WKWebView(CGRect frame, WKWebViewConfiguration configuration);
 
-  const WKWebViewConfiguration& configuration() const { return configuration_; }
+  const WKWebViewConfiguration& configuration() const { return configuration_; }  // as copied
 
   // Starts loading `request`: recorded, and the web view's URL becomes its URL.
   void load(const URLRequest& request);
+  // Every request loaded, oldest first; the last; and its address.
   const std::vector<URLRequest>& loadedRequests() const { return requests_; }
   std::optional<URLRequest> lastRequest() const;
   std::optional<URL> url() const;
 
+  // The delegates, held weakly: null once gone.
   std::shared_ptr<WKNavigationDelegate> navigationDelegate() const { return navigation_delegate_.lock(); }
   void setNavigationDelegate(std::weak_ptr<WKNavigationDelegate> delegate) {
     navigation_delegate_ = std::move(delegate);

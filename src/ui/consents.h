@@ -9,9 +9,9 @@
 namespace obolo {
 
 struct Consents {
-  static constexpr std::string_view TERMS_URL = "https://obolo.io/terms";
-  static constexpr std::string_view PRIVACY_URL = "https://obolo.io/privacy";
-  static constexpr std::string_view CONTACT_URL = "mailto:support@obolo.io";
+  static constexpr std::string_view TERMS_URL = "https://obolo.io/terms";      // the terms of use
+  static constexpr std::string_view PRIVACY_URL = "https://obolo.io/privacy";  // the privacy policy
+  static constexpr std::string_view CONTACT_URL = "mailto:support@obolo.io";   // support by mail
 };
 
 }  // namespace obolo

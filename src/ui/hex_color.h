@@ -25,7 +25,9 @@
 
 namespace obolo {
 
+// A colour as four fractions from 0 to 1.
 struct ColorComponents {
+  // Red, green, blue and opacity.
   double red;
   double green;
   double blue;
@@ -33,6 +35,7 @@ struct ColorComponents {
   friend bool operator==(const ColorComponents&, const ColorComponents&) = default;
 };
 
+// The colour of `hex` by the rule above, as components.
 ColorComponents HexColorComponents(std::string_view hex);
 
 // The platform exposes this on any colour value, which plays no part; here it

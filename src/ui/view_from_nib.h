@@ -25,6 +25,7 @@ std::string UnqualifiedTypeName(const std::type_info& type);
 namespace internal {
 // The layout's first top-level object; null (after logging why) when there is none.
 std::shared_ptr<NSObject> FirstTopLevelObject(const std::string& name);
+// Logs that the layout's first object is not of the requested type.
 void LogNibTypeMismatch(const std::string& name);
 }  // namespace internal
 

@@ -40,6 +40,16 @@ TEST(HexColorTest, ParsesLikeThePlatformOnTrickyInputs) {
       {"\uFB008800", Rgb(255, 136, 0)},       // the ligature "ff" upper-cases to "FF"
       {"\u00DFABCD", kBlack},                 // "ß" upper-cases to "SS": six, and no digit
       {"\U0001F1E9\U0001F1EAABCDE", kBlack},  // a flag is one character
+      // Marks and emoji of recent Unicode versions, as the reader's platform
+      // counts them.
+      {"FF8800\u0898", Rgb(255, 136, 0)},       // an Arabic mark of Unicode 14 joins the last digit
+      {"FF8800\U0001E4EC", Rgb(255, 136, 0)},   // a Nag Mundari mark of Unicode 15 too
+      {"\U0001F426\u200D\u2B1BABCDE", kBlack},  // the black bird of Emoji 15 is one character
+      {"\U0001FAF1\U0001F3FB\u200D\U0001FAF2\U0001F3FF12345", kBlack},  // handshake, two skin tones
+      {"\U0001F600\u200D\u219CABCD", kBlack},  // an arrow after a joiner stands alone: six
+      // Ill-formed UTF-8 is repaired to one U+FFFD per bad sequence.
+      {"\37712345", kBlack},  // the byte 0xFF, then five digits
+      {"12345\xC3", Rgb(0x01, 0x23, 0x45)},
   };
   for (const auto& c : cases) {
     const ColorComponents got = HexColorComponents(c.text);

@@ -18,10 +18,12 @@ TEST(ReplaceTextTest, OnlyTheExactFundsMessageIgnoringCaseGainsTheHint) {
       {" you don\u2019t have sufficient funds.", true},
       {" You don\u2019t have sufficient funds.", true},
       {" YOU DON\u2019T HAVE SUFFICIENT FUNDS.", true},
-      {"you don\u2019t have sufficient funds.", false},    // no leading space
-      {" you don't have sufficient funds.", false},        // straight apostrophe
-      {" you don\u2019t have sufficient funds", false},    // no full stop
-      {" you don\u2019t have sufficient funds. ", false},  // trailing space
+      {"you don\u2019t have sufficient funds.", false},        // no leading space
+      {" you don't have sufficient funds.", false},            // straight apostrophe
+      {" you don\u2019t have sufficient funds", false},        // no full stop
+      {" you don\u2019t have sufficient funds. ", false},      // trailing space
+      {" YOU DON\u2019T HAVE SUFF\u0130CIENT FUNDS.", false},  // "İ" lower-cases to "i" and a dot
+      {" you don\u2019t have sufficient funds.\xFF", false},
       {"Unlock this article for 0.50 EUR", false},
       {"", false},
   };
