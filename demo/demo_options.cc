@@ -73,6 +73,9 @@ DemoOptions ParseDemoOptions(const std::vector<std::string>& arguments) {
         options.error = "unknown position '" + value + "' (top, center or bottom)";
         return options;
       }
+    } else if (option == "--snapshots") {
+      if (!take_value()) return options;
+      options.snapshotDir = value;
     } else if (option == "--base-url") {
       if (!take_value()) return options;
       if (!value.starts_with("https://") && !value.starts_with("http://")) {
@@ -91,7 +94,8 @@ DemoOptions ParseDemoOptions(const std::vector<std::string>& arguments) {
 
 std::string DemoUsage(const std::string& program) {
   return "usage: " + program +
-         " [--scenario NAME] [--position top|center|bottom] [--base-url URL] [--verbose]\n"
+         " [--scenario NAME] [--position top|center|bottom] [--base-url URL] [--snapshots DIR]\n"
+         "       [--verbose]\n"
          "\n"
          "Plays a reader through an article purchase on a headless host app and prints what\n"
          "the reader sees at each step. Without --base-url the sandbox service runs inside the\n"
@@ -105,6 +109,8 @@ std::string DemoUsage(const std::string& program) {
          "  --position P      where the card sits: top, center (default) or bottom\n"
          "  --base-url URL    run against another service (an obolo-sandbox started by hand, say)\n"
          "                    instead of the embedded one; set OBOLO_CA_FILE for its certificate\n"
+         "  --snapshots DIR   also write a picture of the screen at each step into DIR\n"
+         "                    (01-waiting.png, 02-card.png, ...)\n"
          "  --verbose         also print the kit's own diagnostic lines, on standard error\n";
 }
 

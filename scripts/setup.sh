@@ -7,6 +7,7 @@ packages=(
   build-essential cmake pkg-config git
   libcurl4-openssl-dev zlib1g-dev nlohmann-json3-dev libsqlite3-dev libcpp-httplib-dev libssl-dev
   libgtest-dev libgmock-dev libbenchmark-dev
+  libcairo2-dev libpango1.0-dev fonts-dejavu-core fontconfig libfontconfig-dev
 )
 if [[ "${OBOLO_SETUP_EXTRA:-}" != "" ]]; then
   read -r -a extra <<<"${OBOLO_SETUP_EXTRA}"

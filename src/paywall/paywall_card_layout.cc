@@ -19,7 +19,8 @@
 // placement constraints put it at the top, centre or bottom, 16 points from
 // the edges, and unlockViewHeightConstraint keeps it within the root: when the
 // content is taller, the banner yields first (its height constraint is the
-// least important in the column), then the texts.
+// least important in the column), then the prompt (which then shows fewer
+// lines), then the rest; the card clips what no longer fits.
 //
 // The splash panel is placed the same way, its height following the message.
 // Its top constraint is less important than its vertical one, so with both
@@ -45,6 +46,9 @@ constexpr UILayoutPriority kBannerHeightPriority = 700;
 // The splash panel's top constraint yields to its vertical one when both are
 // active (the centred placement).
 constexpr UILayoutPriority kSplashTopPriority = 250;
+// The prompt is the text that gives way when even without the banner the
+// column is taller than the screen.
+constexpr UILayoutPriority kPromptCompressionPriority = 740;
 // The side margins yield to the maximum width on wide screens.
 constexpr UILayoutPriority kSideMarginPriority = 750;
 
@@ -131,17 +135,22 @@ void PaywallVC::loadView() {
 
   // --- The card ---
   unlockView = Panel();
+  unlockView->setClipsToBounds(true);
   imgBanner = Constrained(std::make_shared<UIImageView>());
   imgBanner->setContentMode(UIViewContentMode::scaleAspectFill);
   imgBanner->setClipsToBounds(true);
   imgBanner->setBackgroundColor(kBannerPlaceholder);
   imgBanner->layer().setCornerRadius(12);
+  // Its height is the height constraint's, whatever the picture's own size.
+  imgBanner->setContentCompressionResistancePriority(1, UILayoutConstraintAxis::vertical);
+  imgBanner->setContentHuggingPriority(1, UILayoutConstraintAxis::vertical);
   // The frame the logo's loading indicator is sized by before the first layout.
   imgPublisherLogo = Constrained(std::make_shared<UIImageView>(CGRect{{0, 0}, kLogoSize}));
   imgPublisherLogo->setContentMode(UIViewContentMode::scaleAspectFit);
-  lblObTitle = Label(UIFont::boldSystemFont(21), kInk, 3);
+  lblObTitle = Label(UIFont::boldSystemFont(20), kInk, 3);
   lblObPromt = Label(UIFont::systemFont(15), kSecondaryInk, 5);
-  lblObCustomerPrice = Label(UIFont::boldSystemFont(28), kBrandBlue, 1);
+  lblObPromt->setContentCompressionResistancePriority(kPromptCompressionPriority, UILayoutConstraintAxis::vertical);
+  lblObCustomerPrice = Label(UIFont::boldSystemFont(26), kBrandBlue, 1);
   btnUnlock = Constrained(std::make_shared<UIButton>());
   btnUnlock->setBackgroundColor(kBrandBlue);
   btnUnlock->setTitleColor(UIColor::white(), UIControlState::normal);
@@ -215,11 +224,11 @@ void PaywallVC::loadView() {
 
   // The card's column.
   Across(imgBanner, card, kBannerInset, layout);
-  layout.push_back(imgPublisherLogo->topAnchor().equalTo(imgBanner->bottomAnchor(), 20));
+  layout.push_back(imgPublisherLogo->topAnchor().equalTo(imgBanner->bottomAnchor(), 16));
   layout.push_back(imgPublisherLogo->widthAnchor().equalToConstant(kLogoSize.width));
   layout.push_back(imgPublisherLogo->heightAnchor().equalToConstant(kLogoSize.height));
   layout.push_back(imgPublisherLogo->centerXAnchor().equalTo(card->centerXAnchor()));
-  layout.push_back(lblObTitle->topAnchor().equalTo(imgPublisherLogo->bottomAnchor(), 16));
+  layout.push_back(lblObTitle->topAnchor().equalTo(imgPublisherLogo->bottomAnchor(), 12));
   layout.push_back(lblObPromt->topAnchor().equalTo(lblObTitle->bottomAnchor(), 8));
   layout.push_back(lblObCustomerPrice->topAnchor().equalTo(lblObPromt->bottomAnchor(), 12));
   layout.push_back(btnUnlock->topAnchor().equalTo(lblObCustomerPrice->bottomAnchor(), 16));

@@ -119,7 +119,19 @@ void DrawLabel(DrawContext& context, const UILabel& label) {
   const auto& text = label.text();
   if (!text || text->empty()) return;
   const CGSize size = label.bounds().size;
-  const TextLayout lines = TextLayoutService::shared()->layout(*text, label.textStyle(), size.width);
+  TextLayout lines = TextLayoutService::shared()->layout(*text, label.textStyle(), size.width);
+  if (lines.lines.size() > 1 && lines.size.height > size.height + 0.5) {
+    // A label squeezed below its text shows the lines that fit, the last one
+    // truncated, as the platform's labels do.
+    int fitting = 0;
+    for (const TextLine& line : lines.lines) {
+      if (line.top + line.height > size.height + 0.5) break;
+      ++fitting;
+    }
+    TextStyle fewer = label.textStyle();
+    fewer.numberOfLines = std::max(1, fitting);
+    lines = TextLayoutService::shared()->layout(*text, fewer, size.width);
+  }
   if (lines.lines.empty()) return;
 
   std::lock_guard<std::mutex> lock(EngineMutex());

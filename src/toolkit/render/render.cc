@@ -25,7 +25,7 @@ namespace {
 // Larger pictures are refused: 16384 pixels is cairo's own limit per side.
 constexpr int kMaxPixels = 16384;
 // How far a blur view smears what lies beneath it, in points.
-constexpr double kBlurRadius = 16;
+constexpr double kBlurRadius = 24;
 
 void SetColor(cairo_t* cr, const UIColor& color, double alpha = 1) {
   cairo_set_source_rgba(cr, color.red(), color.green(), color.blue(), color.alpha() * alpha);
