@@ -44,8 +44,10 @@ constexpr CGFloat kCheckboxSize = 22;
 // texts' compression resistance: under a short screen the banner gives way.
 constexpr UILayoutPriority kBannerHeightPriority = 700;
 // The splash panel's top constraint yields to its vertical one when both are
-// active (the centred placement).
-constexpr UILayoutPriority kSplashTopPriority = 250;
+// active (the centred placement), and to the message's size.
+constexpr UILayoutPriority kSplashTopPriority = 200;
+// Labels keep to their text's size before anything stretches them.
+constexpr UILayoutPriority kLabelHuggingPriority = 251;
 // The prompt is the text that gives way when even without the banner the
 // column is taller than the screen.
 constexpr UILayoutPriority kPromptCompressionPriority = 740;
@@ -80,6 +82,7 @@ std::shared_ptr<UILabel> Label(UIFont font, UIColor color, int lines) {
   label->setTextColor(color);
   label->setNumberOfLines(lines);
   label->setTextAlignment(NSTextAlignment::center);
+  label->setContentHuggingPriority(kLabelHuggingPriority, UILayoutConstraintAxis::vertical);
   return label;
 }
 

@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include "toolkit/render/draw_image.h"
+#include "toolkit/ui_button.h"
+#include "toolkit/ui_image_view.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -155,6 +159,68 @@ TEST(RenderTest, AnAttributedUnderlineRunsUnderTheText) {
     found = InkIn(before, 0, y, width, y + 1) == 0 && InkIn(after, 0, y, width, y + 1) > width * 3 / 4;
   }
   EXPECT_TRUE(found);
+}
+
+// A 20 x 10 image, red on its left half and blue on its right, made by the
+// renderer itself and decoded as any image is.
+std::shared_ptr<const UIImage> HalvesImage() {
+  auto picture = Box(CGRect(0, 0, 20, 10), UIColor(1, 0, 0, 1));
+  picture->addSubview(Box(CGRect(10, 0, 10, 10), UIColor(0, 0, 1, 1)));
+  return UIImage::fromData(RenderView(*picture).png().value_or(""));
+}
+
+TEST(RenderTest, ImageViewsFitTheirImageAsTheirContentModeSays) {
+  auto image = HalvesImage();
+  ASSERT_NE(image, nullptr);
+  struct Case {
+    UIViewContentMode mode;
+    CGRect destination;  // of the 20 x 10 image in a 40 x 40 view
+    RGBA at5x20, at35x20, at12x5;
+  } cases[] = {
+      {UIViewContentMode::scaleToFill, CGRect(0, 0, 40, 40), kRed, kBlue, kRed},
+      {UIViewContentMode::scaleAspectFit, CGRect(0, 10, 40, 20), kRed, kBlue, kWhite},
+      {UIViewContentMode::scaleAspectFill, CGRect(-20, 0, 80, 40), kRed, kBlue, kRed},
+      {UIViewContentMode::center, CGRect(10, 15, 20, 10), kWhite, kWhite, kWhite},
+      {UIViewContentMode::topLeft, CGRect(0, 0, 20, 10), kWhite, kWhite, kBlue},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(ImageDestination(image->size(), CGRect(0, 0, 40, 40), c.mode), c.destination)
+        << static_cast<int>(c.mode);
+    auto canvas = Canvas({40, 40});
+    auto view = std::make_shared<UIImageView>(CGRect(0, 0, 40, 40));
+    view->setImage(image);
+    view->setContentMode(c.mode);
+    view->setClipsToBounds(true);
+    canvas->addSubview(view);
+    const RenderedImage drawn = RenderView(*canvas);
+    ASSERT_TRUE(drawn.ok()) << drawn.error();
+    EXPECT_EQ(drawn.pixel(5, 20), c.at5x20) << static_cast<int>(c.mode);
+    EXPECT_EQ(drawn.pixel(35, 20), c.at35x20) << static_cast<int>(c.mode);
+    EXPECT_EQ(drawn.pixel(12, 5), c.at12x5) << static_cast<int>(c.mode);
+  }
+}
+
+TEST(RenderTest, TemplateImagesTakeTheTintAndButtonsShowTheirImageBesideTheTitle) {
+  auto canvas = Canvas({120, 40});
+  auto button = std::make_shared<UIButton>(CGRect(0, 0, 120, 40));
+  button->setImage(HalvesImage()->withRenderingMode(UIImageRenderingMode::alwaysTemplate), UIControlState::normal);
+  button->setImageSize(CGSize{20, 10});
+  button->setTintColor(UIColor(0, 0.5, 0, 1));
+  button->setTitle("Pay", UIControlState::normal);
+  canvas->addSubview(button);
+  const RenderedImage drawn = RenderView(*canvas);
+  ASSERT_TRUE(drawn.ok()) << drawn.error();
+  const CGRect image = button->imageView()->frame();
+  const CGRect title = button->titleLabel()->frame();
+  EXPECT_EQ(title.minX(), image.maxX() + UIButton::kImageTitleSpacing) << "the title follows the image";
+  EXPECT_NEAR((image.minX() + title.maxX()) / 2, 60, 1) << "the two centred together";
+  const RGBA left = drawn.pixel(static_cast<int>(image.minX()) + 3, static_cast<int>(image.midY()));
+  const RGBA right = drawn.pixel(static_cast<int>(image.maxX()) - 3, static_cast<int>(image.midY()));
+  EXPECT_EQ(left.red, 0) << "a template's shape in the tint, whatever its own colours: " << left;
+  EXPECT_NEAR(left.green, 128, 1) << left;
+  EXPECT_EQ(left.blue, 0) << left;
+  EXPECT_EQ(left.alpha, 255);
+  EXPECT_EQ(right, left);
 }
 
 TEST(RenderTest, ShadowsFallOutsideTheViewAndFadeAway) {
