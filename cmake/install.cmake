@@ -1,11 +1,11 @@
 # cmake --install: the kit's library, its public headers (include/obolo/...),
 # its resources (share/obolo/), a CMake package (find_package(Obolo CONFIG),
-# target Obolo::obolo) and a pkg-config file (obolo.pc).
+# targets Obolo::obolo and Obolo::render) and a pkg-config file (obolo.pc).
 include(CMakePackageConfigHelpers)
 
 set(OBOLO_CMAKE_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Obolo)
 
-install(TARGETS obolo EXPORT OboloTargets
+install(TARGETS obolo obolo_render EXPORT OboloTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/obolo COMPONENT headers)
 install(EXPORT OboloTargets NAMESPACE Obolo:: DESTINATION ${OBOLO_CMAKE_PACKAGE_DIR})

@@ -72,6 +72,11 @@ std::unique_ptr<CLI::App> DemoCommandLine(const std::string& program, DemoOption
                    ? std::string()
                    : "--base-url must be an http or https address, not '" + url + "'";
       });
+  app->add_option("--snapshots", options.snapshotDir,
+                  "also write a picture of the screen at each step into DIR\n"
+                  "                      (01-waiting.png, 02-card.png, ...)")
+      ->type_name("DIR")
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   app->add_flag("--verbose", options.verbose, "also print the kit's own diagnostic lines, on standard error");
   app->footer(
       "Scenarios:\n"

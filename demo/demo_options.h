@@ -1,7 +1,7 @@
 // The options of obolo-demo:
 //
 //   obolo-demo [--scenario NAME] [--position top|center|bottom] [--base-url URL]
-//              [--verbose] [--help]
+//              [--snapshots DIR] [--verbose] [--help]
 
 #ifndef OBOLO_DEMO_DEMO_OPTIONS_H_
 #define OBOLO_DEMO_DEMO_OPTIONS_H_
@@ -22,6 +22,8 @@ struct DemoOptions {
   std::string baseUrl;
   // Also show the kit's own diagnostic lines (on standard error).
   bool verbose = false;
+  // Where to write a picture of each step; empty: no pictures.
+  std::string snapshotDir;
   bool help = false;
   // Set when the arguments are not valid; says what is wrong.
   std::string error;

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -20,10 +21,10 @@
 #include "paywall/paywall_vc.h"
 #include "platform/main_loop.h"
 #include "platform/number_format.h"
+#include "preview/article_screen.h"
 #include "sandbox/default_world.h"
 #include "sandbox/sandbox.h"
-#include "toolkit/ui_window.h"
-#include "toolkit/ui_window_scene.h"
+#include "toolkit/render/render.h"
 #include "wallet/floating_button.h"
 #include "wallet/logout_controller.h"
 
@@ -73,6 +74,43 @@ class Timeline {
   Clock::time_point last_ = start_;
 };
 
+// A picture of the screen at chosen steps, numbered in order, into a directory.
+class Pictures {
+ public:
+  explicit Pictures(std::string directory) : directory_(std::move(directory)) {
+    std::error_code ignored;  // a directory that cannot be made fails each picture, with the reason
+    if (enabled()) std::filesystem::create_directories(directory_, ignored);
+  }
+
+  bool enabled() const { return !directory_.empty(); }
+
+  void take(UIWindow& window, const std::string& name) {
+    if (!enabled()) return;
+    char number[16];
+    std::snprintf(number, sizeof number, "%02d-", ++count_);
+    const std::string path = (std::filesystem::path(directory_) / (number + name + ".png")).string();
+    RenderOptions options;
+    options.scale = 2;
+    const std::string error = RenderView(window, options).writePng(path);
+    if (!error.empty()) {
+      std::printf("  no picture of %s: %s\n", name.c_str(), error.c_str());
+      return;
+    }
+    written_.push_back(path);
+  }
+
+  void report() const {
+    if (!enabled()) return;
+    std::printf("Pictures of %zu steps in %s:\n", written_.size(), directory_.c_str());
+    for (const auto& path : written_) std::printf("  %s\n", path.c_str());
+  }
+
+ private:
+  std::string directory_;
+  int count_ = 0;
+  std::vector<std::string> written_;
+};
+
 std::string Quoted(const std::optional<std::string>& text) { return "\"" + text.value_or("") + "\""; }
 
 std::string Shorten(const std::string& key) { return key.size() > 10 ? key.substr(0, 10) + "…" : key; }
@@ -82,16 +120,11 @@ class Reader {
   Reader(const DemoOptions& options, const Service& service)
       : options_(options),
         service_(service),
-        window_(std::make_shared<UIWindow>(std::make_shared<UIWindowScene>())),
-        host_(std::make_shared<UIViewController>()),
-        content_(std::make_shared<UIView>(CGRect{{0, 120}, {390, 640}})) {
-    auto article = std::make_shared<UILabel>(CGRect{{16, 16}, {358, 600}});
-    article->setText(seed::kNormalArticleTitle);
-    content_->addSubview(article);
-    window_->setRootViewController(host_);
-    host_->view()->addSubview(content_);
-    window_->makeKeyAndVisible();
-  }
+        screen_(CGSize{390, 844}, seed::kNormalArticleTitle),
+        window_(screen_.window),
+        host_(screen_.host),
+        content_(screen_.content),
+        pictures_(options.snapshotDir) {}
 
   int play() {
     std::printf("Obolo demo: scenario %s, card at %s, service %s%s\n", ScenarioName(options_.scenario).c_str(),
@@ -123,6 +156,7 @@ class Reader {
     paywall_ = std::dynamic_pointer_cast<PaywallVC>(host_->children().back());
     timeline_.step("waiting", std::string("paywall hidden until the bid arrives; article readable: ") +
                                   (paywall_->view()->isHidden() ? "yes" : "no"));
+    pictures_.take(*window_, "waiting");
   }
 
   bool waitFor(const std::function<bool()>& done, const char* what) {
@@ -146,10 +180,16 @@ class Reader {
     return text;
   }
 
-  bool showCard(const char* name = "card") {
+  bool showCard(const char* name = "card", const char* picture = "card") {
     if (!waitFor([&] { return cardShown(); }, "the card")) return false;
     MainLoop::main().runFor(std::chrono::milliseconds(1));  // the card's texts follow on the next turn
     timeline_.step(name, card());
+    if (pictures_.enabled()) {
+      // The publisher's logo comes separately; a picture is better with it.
+      MainLoop::main().runUntil([&] { return paywall_->imgPublisherLogo->image() != nullptr; },
+                                std::chrono::seconds(5));
+      pictures_.take(*window_, picture);
+    }
     return true;
   }
 
@@ -163,6 +203,8 @@ class Reader {
     timeline_.step("unlock", "tapped with consent given; no session yet, so the login screen opens");
     const auto request = login->webview->lastRequest();
     timeline_.step("login screen", request ? request->url().absoluteString() : std::string("(nothing loaded)"));
+    MainLoop::main().runFor(std::chrono::milliseconds(1));  // the presentation completes
+    pictures_.take(*window_, "login-screen");
 
     std::string error;
     const auto keys = LogInOnPage(service_.origin, service_.caFile, seed::kReaderEmail, error);
@@ -189,6 +231,7 @@ class Reader {
     timeline_.step("unlock", "tapped; the bid is accepted");
     if (!waitFor([&] { return paywall_->unlockView->isHidden(); }, "the accepted bid")) return false;
     timeline_.step("accept", "paid; splash " + Quoted(paywall_->lblSplashMessage->text()) + " for 5 seconds");
+    pictures_.take(*window_, "splash");
     if (!waitFor([&] { return paywall_->view()->isHidden(); }, "the end of the splash")) return false;
     if (!waitFor([&] { return floatingButton(*host_) && floatingButton(*host_)->superview() == host_->view(); },
                  "the wallet button")) {
@@ -197,6 +240,7 @@ class Reader {
     const CGPoint at = floatingButton(*host_)->center();
     timeline_.step("article readable", "paywall gone; wallet button at (" + ShortestDecimal(at.x) + ", " +
                                            ShortestDecimal(at.y) + ")");
+    pictures_.take(*window_, "article");
     return true;
   }
 
@@ -210,6 +254,7 @@ class Reader {
     const auto before = wallet->lblBalance->text();
     if (!waitFor([&] { return wallet->lblBalance->text() != before; }, "the balance")) return false;
     timeline_.step("wallet", "balance " + wallet->lblBalance->text().value_or(""));
+    pictures_.take(*window_, "wallet");
 
     wallet->btnLogout->sendActions(UIControlEvent::touchUpInside);
     GlobalVariable& global = GlobalVariable::shared();
@@ -218,7 +263,7 @@ class Reader {
       return false;
     }
     timeline_.step("logout", "wallet closed; session cleared; the paywall asks for a new bid");
-    return showCard("card back");
+    return showCard("card back", "card-back");
   }
 
   void storeSession(const sandbox::SessionKeys& keys) {
@@ -231,6 +276,7 @@ class Reader {
   }
 
   int finish(bool ok) {
+    pictures_.report();
     if (ok) std::printf("Done in %lld ms.\n", timeline_.totalMilliseconds());
     return ok ? 0 : 1;
   }
@@ -239,7 +285,7 @@ class Reader {
 
   int newReader() {
     load(seed::kNormalArticleUrl);
-    const bool ok = showCard() && logIn() && showCard() && pay() && walletAndLogout();
+    const bool ok = showCard() && logIn() && showCard("card", "card-logged-in") && pay() && walletAndLogout();
     return finish(ok);
   }
 
@@ -292,10 +338,12 @@ class Reader {
   const Service& service_;
   std::shared_ptr<EventLog> events_ = std::make_shared<EventLog>();
   Timeline timeline_{events_};
+  ArticleScreen screen_;
   std::shared_ptr<UIWindow> window_;
   std::shared_ptr<UIViewController> host_;
   std::shared_ptr<UIView> content_;
   std::shared_ptr<PaywallVC> paywall_;
+  Pictures pictures_;
 };
 
 }  // namespace

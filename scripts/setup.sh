@@ -9,6 +9,7 @@ packages=(
   libicu-dev libcli11-dev libjwt-dev
   libpng-dev libjpeg62-turbo-dev libwebp-dev libgif-dev
   libgtest-dev libgmock-dev libbenchmark-dev
+  libcairo2-dev libpango1.0-dev fonts-dejavu-core fontconfig libfontconfig-dev
 )
 if [[ "${OBOLO_SETUP_EXTRA:-}" != "" ]]; then
   read -r -a extra <<<"${OBOLO_SETUP_EXTRA}"

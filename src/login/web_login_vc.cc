@@ -120,6 +120,7 @@ WebLoginVC::WebLoginVC() : webview(std::make_shared<WKWebView>(CGRect(), WKWebVi
 void WebLoginVC::loadView() {
   UIViewController::loadView();
   auto root = view();
+  root->setBackgroundColor(UIColor::white());
   const CGRect bounds = root->bounds();
   const double statusBarHeight = statausbarHeight();
   addTopBar(statusBarHeight);
@@ -152,10 +153,26 @@ void WebLoginVC::addTopBar(double statusBarHeight) {
   done->setAutoresizingMask(UIViewAutoresizing::flexibleLeftMargin);
   done->setTitle("Done", UIControlState::normal);
   done->setTitleColor(UIColor::systemBlue(), UIControlState::normal);
+  done->titleLabel()->setFont(UIFont::boldSystemFont(17));
   done->setTag(kWebLoginDoneButtonTag);
   done->setAccessibilityIdentifier("Done");
   done->addTarget(selfAs(this), &WebLoginVC::onDoneButtonTapped, UIControlEvent::touchUpInside);
   bar->addSubview(done);
+
+  // What the reader is doing here, across the bar's middle, and a hairline
+  // under the bar.
+  auto title = std::make_shared<UILabel>(
+      CGRect(kDoneButtonWidth + kDoneButtonMargin, statusBarHeight, width - 2 * (kDoneButtonWidth + kDoneButtonMargin),
+             kTopBarHeight));
+  title->setText("Log in to your wallet");
+  title->setFont(UIFont::boldSystemFont(17));
+  title->setTextAlignment(NSTextAlignment::center);
+  title->setAutoresizingMask(UIViewAutoresizing::flexibleWidth);
+  bar->addSubview(title);
+  auto hairline = std::make_shared<UIView>(CGRect(0, statusBarHeight + kTopBarHeight - 1, width, 1));
+  hairline->setBackgroundColor(UIColor::withWhite(0.8, 1));
+  hairline->setAutoresizingMask(UIViewAutoresizing::flexibleWidth | UIViewAutoresizing::flexibleTopMargin);
+  bar->addSubview(hairline);
   root->addSubview(bar);
 }
 

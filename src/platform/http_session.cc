@@ -64,14 +64,11 @@ std::shared_ptr<HttpSession> HttpSession::shared() {
   return session;
 }
 
-void HttpSession::setShared(std::shared_ptr<HttpSession> session) {
-  std::shared_ptr<HttpSession> previous;
-  {
-    std::lock_guard<std::mutex> lock(SharedMutex());
-    previous = std::exchange(Installed(), std::move(session));
-  }
-  // `previous` is released here, outside the lock: a libcurl session joins its
-  // thread when the last reference goes.
+std::shared_ptr<HttpSession> HttpSession::setShared(std::shared_ptr<HttpSession> session) {
+  std::lock_guard<std::mutex> lock(SharedMutex());
+  // The caller releases the previous session, outside the lock: a libcurl
+  // session joins its thread when the last reference goes.
+  return std::exchange(Installed(), std::move(session));
 }
 
 }  // namespace obolo

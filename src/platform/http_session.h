@@ -118,8 +118,9 @@ class HttpSession {
   static std::shared_ptr<HttpSession> shared();
   // Installs the session later calls of shared() return (a fault-injecting
   // wrapper in tests, a platform binding on a phone). nullptr restores the
-  // default libcurl session.
-  static void setShared(std::shared_ptr<HttpSession> session);
+  // default libcurl session. Returns the session in use before (null when
+  // none had been made yet), so a caller can put it back.
+  static std::shared_ptr<HttpSession> setShared(std::shared_ptr<HttpSession> session);
 };
 
 // True when the field can go on the wire as one header line: neither its name

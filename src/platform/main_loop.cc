@@ -88,7 +88,24 @@ bool MainLoop::fireNextDueTimer() {
   return true;
 }
 
+void MainLoop::addEndOfTurnObserver(Task observer) {
+  if (observer) end_of_turn_observers_.push_back(std::move(observer));
+}
+
 bool MainLoop::runTurn(const std::function<bool()>* predicate) {
+  const bool ran = runTurnWork(predicate);
+  if (ran) {
+    // By index and by copy: an observer may add another, which then runs from
+    // the next turn on.
+    for (std::size_t i = 0, count = end_of_turn_observers_.size(); i < count; ++i) {
+      const Task observer = end_of_turn_observers_[i];
+      observer();
+    }
+  }
+  return ran;
+}
+
+bool MainLoop::runTurnWork(const std::function<bool()>* predicate) {
   bool ran = false;
   std::deque<Task> batch;
   {

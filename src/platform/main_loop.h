@@ -41,6 +41,7 @@
 #include <mutex>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace obolo {
 
@@ -129,12 +130,20 @@ class MainLoop {
   // Timers that have neither fired nor been invalidated.
   std::size_t pendingTimerCount() const;
 
+  // Adds `observer`, to run on the main thread at the end of every turn that
+  // ran any work, also when runUntil() stops in the middle of a turn because
+  // its predicate holds: the platform's before-waiting run-loop observer, which
+  // the toolkit's layout pass uses. Work an observer posts runs in a later
+  // turn. Observers stay for the process's life. Main thread only.
+  void addEndOfTurnObserver(Task observer);
+
  private:
   MainLoop();
 
   // Runs one turn: the tasks posted before it, then the due timers. Returns
   // whether anything ran; stops early (returning true) once `predicate` holds.
   bool runTurn(const std::function<bool()>* predicate);
+  bool runTurnWork(const std::function<bool()>* predicate);
   bool fireNextDueTimer();
   std::shared_ptr<Timer> nextTimer() const;
   void dropInvalidTimers();
@@ -150,6 +159,7 @@ class MainLoop {
   std::uint64_t next_sequence_ = 0;
   bool virtual_time_ = false;
   Clock::time_point virtual_now_;
+  std::vector<Task> end_of_turn_observers_;  // main thread only
 };
 
 }  // namespace obolo

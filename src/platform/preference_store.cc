@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <mutex>
+#include <utility>
 
 #include "platform/environment.h"
 #include "platform/sqlite_preference_store.h"
@@ -82,9 +83,9 @@ std::shared_ptr<PreferenceStore> PreferenceStore::standard() {
   return store;
 }
 
-void PreferenceStore::setStandard(std::shared_ptr<PreferenceStore> store) {
+std::shared_ptr<PreferenceStore> PreferenceStore::setStandard(std::shared_ptr<PreferenceStore> store) {
   std::lock_guard<std::mutex> lock(StandardMutex());
-  Installed() = std::move(store);
+  return std::exchange(Installed(), std::move(store));
 }
 
 std::int64_t IntegerReading(const PreferenceValue& value) {

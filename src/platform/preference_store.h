@@ -50,7 +50,9 @@ class PreferenceStore {
   // else a SqlitePreferenceStore at DefaultStorePath(), opened on first use.
   static std::shared_ptr<PreferenceStore> standard();
   // Installs the store that standard() returns; nullptr returns to the default.
-  static void setStandard(std::shared_ptr<PreferenceStore> store);
+  // Returns the store in use before (null when none had been opened yet), so
+  // a caller can put it back.
+  static std::shared_ptr<PreferenceStore> setStandard(std::shared_ptr<PreferenceStore> store);
 
   // Where the default store lives: $OBOLO_PREFERENCES_PATH when set, else
   // $XDG_DATA_HOME/obolo/preferences.sqlite3, else

@@ -1,8 +1,10 @@
-// The drawing properties of a view that the kit sets: shadow and rounding.
+// The drawing properties of a view that the kit sets: shadow, rounding and
+// border.
 //
 // Every view owns exactly one layer for its whole life (UIView::layer()). The
 // defaults are the platform's: an opaque black shadow colour at opacity 0, an
-// offset of (0, -3), a radius of 3, square corners, no clipping.
+// offset of (0, -3), a radius of 3, square corners, no clipping, no border
+// (width 0, black).
 
 #ifndef OBOLO_TOOLKIT_CA_LAYER_H_
 #define OBOLO_TOOLKIT_CA_LAYER_H_
@@ -31,6 +33,11 @@ class CALayer {
   void setCornerRadius(CGFloat radius) { corner_radius_ = radius; }
   bool masksToBounds() const { return masks_to_bounds_; }
   void setMasksToBounds(bool masks) { masks_to_bounds_ = masks; }
+  // Drawn inside the bounds, over the content, following the corner radius.
+  CGFloat borderWidth() const { return border_width_; }
+  void setBorderWidth(CGFloat width) { border_width_ = width; }
+  UIColor borderColor() const { return border_color_; }
+  void setBorderColor(UIColor color) { border_color_ = color; }
 
  private:
   std::optional<UIColor> shadow_color_ = UIColor::black();
@@ -39,6 +46,8 @@ class CALayer {
   CGFloat shadow_radius_ = 3;
   CGFloat corner_radius_ = 0;
   bool masks_to_bounds_ = false;
+  CGFloat border_width_ = 0;
+  UIColor border_color_ = UIColor::black();
 };
 
 }  // namespace obolo

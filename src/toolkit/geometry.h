@@ -63,6 +63,15 @@ struct CGRect {
   friend bool operator==(const CGRect&, const CGRect&) = default;
 };
 
+// Insets from each edge of a rectangle, as the platform's UIEdgeInsets.
+struct UIEdgeInsets {
+  CGFloat top = 0;
+  CGFloat left = 0;
+  CGFloat bottom = 0;
+  CGFloat right = 0;
+  friend bool operator==(const UIEdgeInsets&, const UIEdgeInsets&) = default;
+};
+
 // Readable values in test failures.
 std::ostream& operator<<(std::ostream& out, const CGPoint& point);
 std::ostream& operator<<(std::ostream& out, const CGSize& size);

@@ -17,4 +17,9 @@ void UIActivityIndicatorView::setHidesWhenStopped(bool hides) {
   if (hides && !animating_) setHidden(true);
 }
 
+CGSize UIActivityIndicatorView::intrinsicContentSize() const {
+  const bool large = style_ == Style::large || style_ == Style::whiteLarge;
+  return large ? CGSize{37, 37} : CGSize{20, 20};
+}
+
 }  // namespace obolo

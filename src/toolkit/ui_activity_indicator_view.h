@@ -28,6 +28,9 @@ class UIActivityIndicatorView : public UIView {
   bool hidesWhenStopped() const { return hides_when_stopped_; }
   void setHidesWhenStopped(bool hides);
 
+  // The spinner's diameter: 37 points for the large styles, 20 otherwise.
+  CGSize intrinsicContentSize() const override;
+
  private:
   Style style_;
   bool animating_ = false;

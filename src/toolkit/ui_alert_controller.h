@@ -1,7 +1,9 @@
 // Alerts: a title, a message and buttons (actions), presented modally.
 //
-// The alert's view shows what a reader sees: a label for the title, one for
-// the message, and a button per action, in the order the actions were added.
+// The alert's view shows what a reader sees: the screen dimmed, and in its
+// middle a rounded panel 270 points wide with a label for the title, one for
+// the message, and a button per action below them, in the order the actions
+// were added, each under a hairline. The panel's height follows its content.
 // Tapping an action (its button, or tap(action) in a test) dismisses the
 // alert, as the platform does for every action, and runs the action's handler
 // once the dismissal has completed. An alert that is not presented ignores
@@ -90,6 +92,8 @@ class UIAlertController : public UIViewController {
  private:
   void addButton(const std::shared_ptr<UIAlertAction>& action);
   void onButtonTapped(const std::shared_ptr<UIButton>& button);
+  // Ties the panel's bottom to the lowest view in it.
+  void closePanelBelow(const std::shared_ptr<UIView>& lowest);
 
   std::optional<std::string> title_;
   std::optional<std::string> message_;
@@ -99,6 +103,8 @@ class UIAlertController : public UIViewController {
   std::shared_ptr<UILabel> title_label_;
   std::shared_ptr<UILabel> message_label_;
   std::vector<std::shared_ptr<UIButton>> buttons_;
+  std::shared_ptr<UIView> panel_;
+  std::shared_ptr<NSLayoutConstraint> panel_bottom_;
 };
 
 }  // namespace obolo

@@ -1,10 +1,18 @@
 // A tappable control with a title and an image per control state.
 //
 // titleLabel() and imageView() are the button's own subviews, made on first
-// use; they always show what the button shows for its current state: the
+// use (at the latest by the layout pass, once there is a title or an image to
+// show); they always show what the button shows for its current state: the
 // attributed title when one is set, else the plain title, in the title colour
-// when one is set; the state's image. A state without a value of its own uses
-// the normal state's. Main thread only.
+// when one is set (a system button's tint otherwise); the state's image. A
+// state without a value of its own uses the normal state's.
+//
+// Layout: within the bounds less contentEdgeInsets, the image and then the
+// title sit side by side, 8 points apart, centred vertically and placed across
+// by contentHorizontalAlignment. The image is drawn at imageSize (its own pixel
+// size when unset), scaled down to fit; the title takes the width left and
+// wraps when its label allows more than one line. The intrinsic size is that
+// content plus the insets. Main thread only.
 
 #ifndef OBOLO_TOOLKIT_UI_BUTTON_H_
 #define OBOLO_TOOLKIT_UI_BUTTON_H_
@@ -55,11 +63,31 @@ class UIButton : public UIControl {
   std::shared_ptr<UILabel> titleLabel();
   std::shared_ptr<UIImageView> imageView();
 
+  UIEdgeInsets contentEdgeInsets() const { return content_insets_; }
+  void setContentEdgeInsets(UIEdgeInsets insets);
+  // The size the image is drawn at, in points. The toolkit's images have no
+  // scale of their own, so a button that shows a large bitmap at icon size
+  // says so here.
+  std::optional<CGSize> imageSize() const { return image_size_; }
+  void setImageSize(std::optional<CGSize> size);
+
+  void layoutSubviews() override;
+  CGSize intrinsicContentSize() const override;
+  CGSize intrinsicContentSizeForWidth(CGFloat width) const override;
+
+  // Space between the image and the title.
+  static constexpr CGFloat kImageTitleSpacing = 8;
+
  protected:
   void stateDidChange() override { refresh(); }
 
  private:
   void refresh();
+  // The image's drawn size, before any scaling down to fit.
+  CGSize imageDisplaySize() const;
+  // The title's size when it may take `width` (unbounded for 0 or less).
+  CGSize titleSize(CGFloat width) const;
+  CGSize contentSize(CGFloat width) const;
 
   ButtonType type_ = ButtonType::custom;
   std::map<UIControlState, std::optional<std::string>> titles_;
@@ -68,6 +96,10 @@ class UIButton : public UIControl {
   std::map<UIControlState, std::shared_ptr<const UIImage>> images_;
   std::shared_ptr<UILabel> title_label_;
   std::shared_ptr<UIImageView> image_view_;
+  UIEdgeInsets content_insets_;
+  std::optional<CGSize> image_size_;
+  // The title as the label will show it, for measuring before the label exists.
+  std::optional<std::string> shown_title_;
 };
 
 }  // namespace obolo

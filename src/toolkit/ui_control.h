@@ -32,6 +32,9 @@ constexpr UIControlEvent operator|(UIControlEvent a, UIControlEvent b) {
 // state that has none of its own.
 enum class UIControlState : unsigned { normal = 0, highlighted = 1, disabled = 2, selected = 4 };
 
+// The platform's raw values: where a control puts its content across its width.
+enum class UIControlContentHorizontalAlignment { center = 0, left = 1, right = 2, fill = 3 };
+
 class UIControl : public UIView {
  public:
   // The constructors of UIView.
@@ -79,6 +82,12 @@ class UIControl : public UIView {
   // The flags as one state: disabled, else highlighted, else selected, else normal.
   UIControlState state() const;
 
+  UIControlContentHorizontalAlignment contentHorizontalAlignment() const { return content_alignment_; }
+  void setContentHorizontalAlignment(UIControlContentHorizontalAlignment alignment) {
+    content_alignment_ = alignment;
+    stateDidChange();
+  }
+
  protected:
   // Called after enabled, selected or highlighted changed.
   virtual void stateDidChange() {}
@@ -88,6 +97,7 @@ class UIControl : public UIView {
   bool enabled_ = true;
   bool selected_ = false;
   bool highlighted_ = false;
+  UIControlContentHorizontalAlignment content_alignment_ = UIControlContentHorizontalAlignment::center;
 };
 
 }  // namespace obolo

@@ -1,4 +1,5 @@
-// A view that shows an image, or nothing.
+// A view that shows an image, or nothing, fitted to its bounds by its content
+// mode. Its intrinsic size is the image's size (none without an image).
 
 #ifndef OBOLO_TOOLKIT_UI_IMAGE_VIEW_H_
 #define OBOLO_TOOLKIT_UI_IMAGE_VIEW_H_
@@ -20,7 +21,15 @@ class UIImageView : public UIView {
 
   // The image shown; null for none.
   const std::shared_ptr<const UIImage>& image() const { return image_; }
-  void setImage(std::shared_ptr<const UIImage> image) { image_ = std::move(image); }
+  void setImage(std::shared_ptr<const UIImage> image) {
+    const bool resized = !image != !image_ || (image && image->size() != image_->size());
+    image_ = std::move(image);
+    if (resized) invalidateIntrinsicContentSize();
+  }
+
+  CGSize intrinsicContentSize() const override {
+    return image_ ? image_->size() : CGSize{UIViewNoIntrinsicMetric, UIViewNoIntrinsicMetric};
+  }
 
  private:
   std::shared_ptr<const UIImage> image_;

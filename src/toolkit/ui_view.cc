@@ -4,6 +4,8 @@
 
 #include "platform/main_loop.h"
 #include "toolkit/layout_constraint.h"
+#include "toolkit/layout_cycle.h"
+#include "toolkit/layout_engine.h"
 #include "toolkit/ui_gesture_recognizer.h"
 #include "toolkit/ui_window.h"
 
@@ -47,6 +49,10 @@ void ResizeAxis(CGFloat& origin, CGFloat& length, CGFloat old_container, CGFloat
 
 UIView::UIView() = default;
 
+// Passes over a tree before the layout pass gives up on views that keep asking
+// for layout from inside their own layoutSubviews().
+constexpr int kMaxLayoutPasses = 8;
+
 UIView::UIView(CGRect frame) { setFrame(frame); }
 
 UIView::~UIView() = default;
@@ -70,9 +76,12 @@ void UIView::setBounds(CGRect bounds) {
 }
 
 void UIView::resizeSubviews(CGSize old_size) {
+  setNeedsLayout();
   if (!autoresizes_subviews_) return;
   const auto children = subviews_;  // a subview's resize cannot change this list, but be safe
-  for (const auto& child : children) child->autoresize(old_size, bounds_.size);
+  for (const auto& child : children) {
+    if (child->translates_) child->autoresize(old_size, bounds_.size);
+  }
 }
 
 void UIView::autoresize(CGSize old_superview_size, CGSize new_superview_size) {
@@ -119,6 +128,7 @@ void UIView::attach(const std::shared_ptr<UIView>& view, std::size_t index) {
   view->removeFromSuperview();
   subviews_.insert(subviews_.begin() + static_cast<std::ptrdiff_t>(std::min(index, subviews_.size())), view);
   view->superview_ = self;
+  setNeedsScopeLayout();
   view->didMoveToSuperview();
   didAddSubview(view);
 }
@@ -161,6 +171,7 @@ void UIView::removeFromSuperview() {
   siblings.erase(std::remove_if(siblings.begin(), siblings.end(),
                                 [this](const std::shared_ptr<UIView>& v) { return v.get() == this; }),
                  siblings.end());
+  parent->setNeedsScopeLayout();
   didMoveToSuperview();
 }
 
@@ -204,11 +215,128 @@ void UIView::removeGestureRecognizer(const std::shared_ptr<UIGestureRecognizer>&
   recognizer->view_.reset();
 }
 
+void UIView::setHidden(bool hidden) {
+  if (hidden == hidden_) return;
+  hidden_ = hidden;
+  if (auto parent = superview()) parent->setNeedsLayout();
+}
+
 void UIView::addConstraint(const std::shared_ptr<NSLayoutConstraint>& constraint) {
-  if (constraint && std::find(constraints_.begin(), constraints_.end(), constraint) == constraints_.end()) {
-    constraints_.push_back(constraint);
+  if (!constraint) return;
+  if (constraint->owner().get() == this) return;
+  if (constraint->isActive()) constraint->setActive(false);
+  static std::uint64_t installed = 0;  // main thread only
+  constraint->installed_sequence_ = ++installed;
+  constraints_.push_back(constraint);
+  constraint->active_ = true;
+  constraint->owner_ = selfAs(this);
+  setNeedsScopeLayout();
+}
+
+void UIView::removeConstraint(const std::shared_ptr<NSLayoutConstraint>& constraint) {
+  auto it = std::find(constraints_.begin(), constraints_.end(), constraint);
+  if (it == constraints_.end()) return;
+  const auto keep = *it;  // the list may hold the last reference
+  constraints_.erase(it);
+  keep->active_ = false;
+  keep->owner_.reset();
+  setNeedsScopeLayout();
+}
+
+void UIView::setTranslatesAutoresizingMaskIntoConstraints(bool translates) {
+  if (translates == translates_) return;
+  translates_ = translates;
+  setNeedsScopeLayout();
+  if (auto parent = superview()) parent->setNeedsScopeLayout();
+}
+
+void UIView::setNeedsLayout() {
+  needs_layout_ = true;
+  LayoutCycle::schedule(*this);
+}
+
+void UIView::setNeedsScopeLayout() {
+  UIView* view = this;
+  while (!view->translates_) {
+    auto parent = view->superview_.lock();
+    if (!parent) break;
+    view = parent.get();
+  }
+  view->setNeedsLayout();
+}
+
+std::shared_ptr<UIView> UIView::layoutRoot() {
+  auto root = selfAs(this);
+  if (!root) root = superview();  // a view no shared_ptr owns: its tree above it
+  if (!root) return nullptr;
+  while (auto parent = root->superview()) root = parent;
+  return root;
+}
+
+void UIView::layoutIfNeeded() {
+  // Keeps the tree alive while its views run their layout code.
+  auto root = layoutRoot();
+  UIView& top = root ? *root : *this;
+  for (int pass = 0; pass < kMaxLayoutPasses && top.anyNeedsLayoutInSubtree(); ++pass) {
+    top.layoutMarkedSubtree();
   }
 }
+
+bool UIView::anyNeedsLayoutInSubtree() const {
+  if (needs_layout_) return true;
+  return std::any_of(subviews_.begin(), subviews_.end(),
+                     [](const std::shared_ptr<UIView>& child) { return child->anyNeedsLayoutInSubtree(); });
+}
+
+void UIView::layoutMarkedSubtree() {
+  if (needs_layout_) {
+    needs_layout_ = false;
+    layoutSubviews();
+  }
+  const auto children = subviews_;  // layoutSubviews() may add or remove subviews
+  for (const auto& child : children) child->layoutMarkedSubtree();
+}
+
+void UIView::layoutSubviews() {
+  if (translates_ || superview_.expired()) LayoutEngine::solveScope(*this);
+}
+
+CGSize UIView::intrinsicContentSize() const { return CGSize{UIViewNoIntrinsicMetric, UIViewNoIntrinsicMetric}; }
+
+CGSize UIView::intrinsicContentSizeForWidth(CGFloat /*width*/) const { return intrinsicContentSize(); }
+
+void UIView::invalidateIntrinsicContentSize() {
+  if (!translates_) setNeedsScopeLayout();
+}
+
+UILayoutPriority UIView::contentHuggingPriority(UILayoutConstraintAxis axis) const {
+  return hugging_[static_cast<int>(axis)];
+}
+
+void UIView::setContentHuggingPriority(UILayoutPriority priority, UILayoutConstraintAxis axis) {
+  hugging_[static_cast<int>(axis)] = priority;
+  invalidateIntrinsicContentSize();
+}
+
+UILayoutPriority UIView::contentCompressionResistancePriority(UILayoutConstraintAxis axis) const {
+  return compression_[static_cast<int>(axis)];
+}
+
+void UIView::setContentCompressionResistancePriority(UILayoutPriority priority, UILayoutConstraintAxis axis) {
+  compression_[static_cast<int>(axis)] = priority;
+  invalidateIntrinsicContentSize();
+}
+
+NSLayoutAnchor UIView::leadingAnchor() { return {selfAs(this), NSLayoutAttribute::leading}; }
+NSLayoutAnchor UIView::trailingAnchor() { return {selfAs(this), NSLayoutAttribute::trailing}; }
+NSLayoutAnchor UIView::leftAnchor() { return {selfAs(this), NSLayoutAttribute::left}; }
+NSLayoutAnchor UIView::rightAnchor() { return {selfAs(this), NSLayoutAttribute::right}; }
+NSLayoutAnchor UIView::topAnchor() { return {selfAs(this), NSLayoutAttribute::top}; }
+NSLayoutAnchor UIView::bottomAnchor() { return {selfAs(this), NSLayoutAttribute::bottom}; }
+NSLayoutAnchor UIView::widthAnchor() { return {selfAs(this), NSLayoutAttribute::width}; }
+NSLayoutAnchor UIView::heightAnchor() { return {selfAs(this), NSLayoutAttribute::height}; }
+NSLayoutAnchor UIView::centerXAnchor() { return {selfAs(this), NSLayoutAttribute::centerX}; }
+NSLayoutAnchor UIView::centerYAnchor() { return {selfAs(this), NSLayoutAttribute::centerY}; }
 
 bool UIView::isShownInHierarchy() const {
   for (const UIView* view = this; view != nullptr;) {

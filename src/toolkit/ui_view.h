@@ -8,6 +8,21 @@
 // of them updates the others. When a view's size changes, its subviews follow
 // according to their autoresizing masks.
 //
+// Layout. A view whose translatesAutoresizingMaskIntoConstraints is false is
+// placed by constraints (layout_constraint.h) instead of by its frame and
+// mask: the layout pass sets its frame. The pass runs in the platform's rhythm:
+// a change that can move views (a view's size, a subview added or removed, a
+// constraint's constant, priority or activation, an intrinsic size such as a
+// label's text, a hidden state) only marks the layout as needed; the pass runs
+// once, at the end of the main loop's turn (before the loop waits or returns to
+// its caller), or at once on layoutIfNeeded(). Tests read frames after
+// layoutIfNeeded() or after a turn of the loop.
+//
+// One pass solves the constraints of a layout scope: a view placed by frame
+// (or a tree's root) together with all its descendants placed by constraints,
+// reached through views placed by constraints. Frames are rounded to whole
+// points. See layout_engine.h for how constraints and intrinsic sizes combine.
+//
 // Main thread only. Views live in std::shared_ptr (see NSObject).
 
 #ifndef OBOLO_TOOLKIT_UI_VIEW_H_
@@ -23,6 +38,7 @@
 #include "toolkit/autoresizing_mask.h"
 #include "toolkit/ca_layer.h"
 #include "toolkit/geometry.h"
+#include "toolkit/layout_constraint.h"
 #include "toolkit/ns_object.h"
 #include "toolkit/ui_color.h"
 
@@ -31,6 +47,28 @@ namespace obolo {
 class NSLayoutConstraint;
 class UIGestureRecognizer;
 class UIWindow;
+
+// The platform's raw values: how a view's content fills its bounds.
+enum class UIViewContentMode {
+  scaleToFill = 0,
+  scaleAspectFit = 1,
+  scaleAspectFill = 2,
+  redraw = 3,
+  center = 4,
+  top = 5,
+  bottom = 6,
+  left = 7,
+  right = 8,
+  topLeft = 9,
+  topRight = 10,
+  bottomLeft = 11,
+  bottomRight = 12,
+};
+
+enum class UILayoutConstraintAxis { horizontal = 0, vertical = 1 };
+
+// A size component with no intrinsic value (the platform's UIViewNoIntrinsicMetric).
+inline constexpr CGFloat UIViewNoIntrinsicMetric = -1;
 
 class UIView : public NSObject {
  public:
@@ -73,7 +111,7 @@ class UIView : public NSObject {
 
   // Appearance.
   bool isHidden() const { return hidden_; }
-  virtual void setHidden(bool hidden) { hidden_ = hidden; }
+  virtual void setHidden(bool hidden);
   CGFloat alpha() const { return alpha_; }
   void setAlpha(CGFloat alpha) { alpha_ = alpha; }
   std::optional<UIColor> backgroundColor() const { return background_color_; }
@@ -84,6 +122,11 @@ class UIView : public NSObject {
   // The view's layer: shadow and corners.
   CALayer& layer() { return layer_; }
   const CALayer& layer() const { return layer_; }
+  UIViewContentMode contentMode() const { return content_mode_; }
+  void setContentMode(UIViewContentMode mode) { content_mode_ = mode; }
+  // Whether subviews are cut off at the bounds (the layer's masksToBounds).
+  bool clipsToBounds() const { return layer_.masksToBounds(); }
+  void setClipsToBounds(bool clips) { layer_.setMasksToBounds(clips); }
 
   // Identification, for layouts built in code and for tests.
   int tag() const { return tag_; }
@@ -109,10 +152,58 @@ class UIView : public NSObject {
     return gesture_recognizers_;
   }
 
-  // Constraints the view owns (its layout's). The toolkit has no solver; see
-  // NSLayoutConstraint.
+  // --- Layout ---
+  // Constraints installed in this view (active ones whose items are this
+  // view or its descendants). addConstraint() installs and activates one here;
+  // removeConstraint() deactivates it.
   void addConstraint(const std::shared_ptr<NSLayoutConstraint>& constraint);
+  void removeConstraint(const std::shared_ptr<NSLayoutConstraint>& constraint);
   const std::vector<std::shared_ptr<NSLayoutConstraint>>& constraints() const { return constraints_; }
+
+  // True (the default): the frame and autoresizing mask place the view. False:
+  // constraints do, and the layout pass sets the frame.
+  bool translatesAutoresizingMaskIntoConstraints() const { return translates_; }
+  void setTranslatesAutoresizingMaskIntoConstraints(bool translates);
+
+  // Marks this view's subviews as needing to be placed again.
+  void setNeedsLayout();
+  bool needsLayout() const { return needs_layout_; }
+  // Runs the pending layout of this view's whole tree now (from its root), so
+  // that frames are current when it returns.
+  void layoutIfNeeded();
+  // Places the subviews. The default solves the constraints of the layout
+  // scope this view is the root of; overrides call it first. Called by the
+  // layout pass only.
+  virtual void layoutSubviews();
+
+  // The size the content wants, or UIViewNoIntrinsicMetric per component
+  // (the default).
+  virtual CGSize intrinsicContentSize() const;
+  // The intrinsic size when the view is `width` wide: what wrapping content
+  // (a multi-line label or button title) needs. The layout pass asks this
+  // with the width it has given the view. The default ignores the width.
+  virtual CGSize intrinsicContentSizeForWidth(CGFloat width) const;
+  // Tells the layout pass that the intrinsic size has changed.
+  void invalidateIntrinsicContentSize();
+  // How strongly the view resists growing beyond (hugging, default 250) and
+  // shrinking below (compression resistance, default 750) its intrinsic size.
+  UILayoutPriority contentHuggingPriority(UILayoutConstraintAxis axis) const;
+  void setContentHuggingPriority(UILayoutPriority priority, UILayoutConstraintAxis axis);
+  UILayoutPriority contentCompressionResistancePriority(UILayoutConstraintAxis axis) const;
+  void setContentCompressionResistancePriority(UILayoutPriority priority, UILayoutConstraintAxis axis);
+
+  // Anchors to make constraints from (layout_constraint.h). REQUIRES: the view
+  // is owned by a std::shared_ptr.
+  NSLayoutAnchor leadingAnchor();
+  NSLayoutAnchor trailingAnchor();
+  NSLayoutAnchor leftAnchor();
+  NSLayoutAnchor rightAnchor();
+  NSLayoutAnchor topAnchor();
+  NSLayoutAnchor bottomAnchor();
+  NSLayoutAnchor widthAnchor();
+  NSLayoutAnchor heightAnchor();
+  NSLayoutAnchor centerXAnchor();
+  NSLayoutAnchor centerYAnchor();
 
   // What a reader can see, for tests: this view and all its ancestors are not
   // hidden and not fully transparent...
@@ -132,9 +223,20 @@ class UIView : public NSObject {
   virtual void didAddSubview(const std::shared_ptr<UIView>&) {}
 
  private:
+  friend class NSLayoutConstraint;
+  friend class LayoutCycle;
+
   void attach(const std::shared_ptr<UIView>& view, std::size_t index);
   void resizeSubviews(CGSize old_size);
   void autoresize(CGSize old_superview_size, CGSize new_superview_size);
+  // Marks the root of this view's layout scope: the constraints that place
+  // this view (and its constrained descendants) must be solved again.
+  void setNeedsScopeLayout();
+  // One walk of the tree below (and including) this view: lays out every view
+  // that needs it, parents before children.
+  void layoutMarkedSubtree();
+  bool anyNeedsLayoutInSubtree() const;
+  std::shared_ptr<UIView> layoutRoot();
 
   CGRect bounds_;
   CGPoint center_;
@@ -152,6 +254,12 @@ class UIView : public NSObject {
   bool user_interaction_enabled_ = true;
   std::vector<std::shared_ptr<UIGestureRecognizer>> gesture_recognizers_;
   std::vector<std::shared_ptr<NSLayoutConstraint>> constraints_;
+  UIViewContentMode content_mode_ = UIViewContentMode::scaleToFill;
+  bool translates_ = true;
+  bool needs_layout_ = true;
+  bool layout_scheduled_ = false;
+  UILayoutPriority hugging_[2] = {UILayoutPriorityDefaultLow, UILayoutPriorityDefaultLow};
+  UILayoutPriority compression_[2] = {UILayoutPriorityDefaultHigh, UILayoutPriorityDefaultHigh};
 };
 
 }  // namespace obolo

@@ -26,6 +26,7 @@ constexpr CGFloat kButtonSize = 40;
 constexpr CGFloat kStartOffset = 15;
 constexpr UIColor kButtonBlue{40.0 / 255.0, 128.0 / 255.0, 235.0 / 255.0, 1.0};
 constexpr double kSnapAnimationDuration = 0.3;
+constexpr CGFloat kIconInset = 9;
 
 std::shared_ptr<UIViewController> Owned(UIViewController& controller) {
   return std::dynamic_pointer_cast<UIViewController>(controller.weak_from_this().lock());
@@ -108,6 +109,8 @@ void addFloatingButton(UIViewController& controller, std::int64_t after) {
   layer.setShadowOpacity(0.12f);
   layer.setShadowOffset(CGSize{0, 1});
   layer.setCornerRadius(kButtonSize / 2);
+  // The wallet icon sits within the circle.
+  button->setContentEdgeInsets({kIconInset, kIconInset, kIconInset, kIconInset});
   button->addTarget(owner, &OnTap, UIControlEvent::touchUpInside);
   button->setAutoresizingMask(UIViewAutoresizing::none);
 

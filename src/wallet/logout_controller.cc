@@ -17,16 +17,18 @@
 namespace obolo {
 namespace {
 
-// The screen's layout, in points, for a view the size of the main screen. Rows
-// stretch with the width; the link row stays at the bottom.
+// The screen's look: a column under a Cancel bar, 24 points from the sides
+// and at most 440 wide (centred on wide screens), the links along the bottom.
 constexpr CGFloat kMargin = 24;
-constexpr CGFloat kRowHeight = 44;
-constexpr CGFloat kCancelWidth = 80;
+constexpr CGFloat kMaxWidth = 440;
 constexpr CGFloat kTopInset = 48;     // below the status bar
 constexpr CGFloat kBottomInset = 34;  // above the home indicator
 
 // The kit's blue, as on the floating wallet button.
 constexpr UIColor kKitBlue{40.0 / 255.0, 128.0 / 255.0, 235.0 / 255.0, 1.0};
+constexpr UIColor kInk{0.11, 0.11, 0.12, 1};
+constexpr UIColor kSecondaryInk{0.42, 0.42, 0.45, 1};
+constexpr UIColor kPanelTint{0.94, 0.96, 0.99, 1};
 
 struct LinkButton {
   int tag;
@@ -35,20 +37,22 @@ struct LinkButton {
 // The tags are what openUrl() picks the address by.
 constexpr std::array<LinkButton, 3> kLinkButtons{{{0, "Terms"}, {1, "Privacy"}, {2, "Contact"}}};
 
-std::shared_ptr<UILabel> MakeLabel(CGRect frame, std::string text) {
-  auto label = std::make_shared<UILabel>(frame);
+std::shared_ptr<UILabel> MakeLabel(std::string text, UIFont font, UIColor color) {
+  auto label = std::make_shared<UILabel>();
+  label->setTranslatesAutoresizingMaskIntoConstraints(false);
   label->setText(std::move(text));
-  label->setAutoresizingMask(UIViewAutoresizing::flexibleWidth);
+  label->setFont(font);
+  label->setTextColor(color);
   return label;
 }
 
-std::shared_ptr<UIButton> MakeButton(CGRect frame, std::string title, UIColor titleColor,
-                                     UIViewAutoresizing mask) {
+std::shared_ptr<UIButton> MakeButton(std::string title, UIColor titleColor, UIFont font) {
   auto button = std::make_shared<UIButton>(UIButton::ButtonType::system);
-  button->setFrame(frame);
+  button->setTranslatesAutoresizingMaskIntoConstraints(false);
   button->setTitle(std::move(title), UIControlState::normal);
   button->setTitleColor(titleColor, UIControlState::normal);
-  button->setAutoresizingMask(mask);
+  button->titleLabel()->setFont(font);
+  button->setContentEdgeInsets({8, 8, 8, 8});
   return button;
 }
 
@@ -70,45 +74,88 @@ void LogoutController::loadView() {
   UIViewController::loadView();
   auto root = view();
   root->setBackgroundColor(UIColor::white());
-  const CGRect bounds = root->bounds();
-  const CGFloat width = bounds.width() - 2 * kMargin;
   auto self = selfAs(this);
 
-  btnCancel = MakeButton(CGRect(bounds.maxX() - kMargin - kCancelWidth, kTopInset, kCancelWidth, kRowHeight),
-                         "Cancel", kKitBlue, UIViewAutoresizing::flexibleLeftMargin);
+  // The column everything but Cancel and the links sits in.
+  auto column = std::make_shared<UIView>();
+  column->setTranslatesAutoresizingMaskIntoConstraints(false);
+  root->addSubview(column);
+
+  btnCancel = MakeButton("Cancel", kKitBlue, UIFont::systemFont(17));
   btnCancel->setAccessibilityIdentifier("cancel");
   root->addSubview(btnCancel);
 
-  CGFloat y = kTopInset + kRowHeight + kMargin;
-  root->addSubview(MakeLabel(CGRect(kMargin, y, width, kRowHeight), "Your wallet"));
-  y += kRowHeight;
-  lblBalance = MakeLabel(CGRect(kMargin, y, width, kRowHeight), kBalancePlaceholder);
+  auto heading = MakeLabel("Your wallet", UIFont::boldSystemFont(30), kInk);
+  auto panel = std::make_shared<UIView>();
+  panel->setTranslatesAutoresizingMaskIntoConstraints(false);
+  panel->setBackgroundColor(kPanelTint);
+  panel->layer().setCornerRadius(18);
+  auto caption = MakeLabel("Balance", UIFont::systemFont(15), kSecondaryInk);
+  lblBalance = MakeLabel(kBalancePlaceholder, UIFont::boldSystemFont(34), kInk);
   lblBalance->setAccessibilityIdentifier("balance");
-  root->addSubview(lblBalance);
-  y += kRowHeight + kMargin;
+  auto note = MakeLabel("Pay for single articles from this wallet, on every site that takes Obolo.",
+                        UIFont::systemFont(13), kSecondaryInk);
+  note->setNumberOfLines(0);
 
-  btnLogout = MakeButton(CGRect(kMargin, y, width, kRowHeight), "Logout", UIColor::white(),
-                         UIViewAutoresizing::flexibleWidth);
+  btnLogout = MakeButton("Logout", UIColor::white(), UIFont::boldSystemFont(17));
   btnLogout->setBackgroundColor(kKitBlue);
-  btnLogout->layer().setCornerRadius(kRowHeight / 2);
+  btnLogout->layer().setCornerRadius(14);
   btnLogout->setAccessibilityIdentifier("logout");
-  root->addSubview(btnLogout);
 
-  // The links share the bottom row in equal parts, underlined like links.
-  const CGFloat linkWidth = width / kLinkButtons.size();
-  const CGFloat linkY = bounds.maxY() - kBottomInset - kRowHeight;
-  btnConsent.clear();
-  for (std::size_t i = 0; i < kLinkButtons.size(); ++i) {
-    auto link =
-        MakeButton(CGRect(kMargin + linkWidth * i, linkY, linkWidth, kRowHeight),
-                   std::string(kLinkButtons[i].title), UIColor::darkGray(),
-                   UIViewAutoresizing::flexibleTopMargin | UIViewAutoresizing::flexibleWidth |
-                       UIViewAutoresizing::flexibleLeftMargin | UIViewAutoresizing::flexibleRightMargin);
-    link->setTag(kLinkButtons[i].tag);
-    underline(*link);
-    root->addSubview(link);
-    btnConsent.push_back(std::move(link));
+  column->addSubview(heading);
+  column->addSubview(panel);
+  panel->addSubview(caption);
+  panel->addSubview(lblBalance);
+  panel->addSubview(note);
+  column->addSubview(btnLogout);
+
+  std::vector<std::shared_ptr<NSLayoutConstraint>> layout{
+      btnCancel->topAnchor().equalTo(root->topAnchor(), kTopInset),
+      root->trailingAnchor().equalTo(btnCancel->trailingAnchor(), kMargin - 8),
+      column->topAnchor().equalTo(btnCancel->bottomAnchor(), 16),
+      column->centerXAnchor().equalTo(root->centerXAnchor()),
+      column->widthAnchor().lessThanOrEqualToConstant(kMaxWidth),
+      column->leadingAnchor().greaterThanOrEqualTo(root->leadingAnchor(), kMargin),
+      heading->topAnchor().equalTo(column->topAnchor()),
+      panel->topAnchor().equalTo(heading->bottomAnchor(), 20),
+      caption->topAnchor().equalTo(panel->topAnchor(), 20),
+      lblBalance->topAnchor().equalTo(caption->bottomAnchor(), 4),
+      note->topAnchor().equalTo(lblBalance->bottomAnchor(), 12),
+      panel->bottomAnchor().equalTo(note->bottomAnchor(), 20),
+      btnLogout->topAnchor().equalTo(panel->bottomAnchor(), 28),
+      btnLogout->heightAnchor().equalToConstant(52),
+      column->bottomAnchor().equalTo(btnLogout->bottomAnchor()),
+  };
+  // Wide as the screen allows, within the margins.
+  auto leading = column->leadingAnchor().equalTo(root->leadingAnchor(), kMargin);
+  leading->setPriority(UILayoutPriorityDefaultHigh);
+  layout.push_back(leading);
+  for (const auto& view : std::initializer_list<std::shared_ptr<UIView>>{heading, panel, btnLogout}) {
+    layout.push_back(view->leadingAnchor().equalTo(column->leadingAnchor()));
+    layout.push_back(column->trailingAnchor().equalTo(view->trailingAnchor()));
   }
+  for (const auto& view : std::initializer_list<std::shared_ptr<UIView>>{caption, lblBalance, note}) {
+    layout.push_back(view->leadingAnchor().equalTo(panel->leadingAnchor(), 20));
+    layout.push_back(panel->trailingAnchor().equalTo(view->trailingAnchor(), 20));
+  }
+
+  // The links share the bottom row, underlined like links: Privacy in the
+  // middle, the others beside it.
+  btnConsent.clear();
+  for (const LinkButton& link : kLinkButtons) {
+    auto button = MakeButton(std::string(link.title), UIColor::darkGray(), UIFont::systemFont(13));
+    button->setTag(link.tag);
+    underline(*button);
+    root->addSubview(button);
+    btnConsent.push_back(std::move(button));
+  }
+  layout.push_back(root->bottomAnchor().equalTo(btnConsent[1]->bottomAnchor(), kBottomInset));
+  layout.push_back(btnConsent[1]->centerXAnchor().equalTo(root->centerXAnchor()));
+  layout.push_back(btnConsent[1]->leadingAnchor().equalTo(btnConsent[0]->trailingAnchor(), 12));
+  layout.push_back(btnConsent[2]->leadingAnchor().equalTo(btnConsent[1]->trailingAnchor(), 12));
+  layout.push_back(btnConsent[0]->centerYAnchor().equalTo(btnConsent[1]->centerYAnchor()));
+  layout.push_back(btnConsent[2]->centerYAnchor().equalTo(btnConsent[1]->centerYAnchor()));
+  NSLayoutConstraint::activate(layout);
 
   // A controller that no shared_ptr owns cannot be a target; its buttons stay
   // unwired.
