@@ -17,7 +17,7 @@ if [[ "${1:-}" == "--markdown" ]]; then
   shift
 fi
 
-OBOLO_SETUP_EXTRA="libsimdjson-dev python3 ${OBOLO_SETUP_EXTRA:-}" scripts/setup.sh >&2
+OBOLO_SETUP_EXTRA="python3 ${OBOLO_SETUP_EXTRA:-}" scripts/setup.sh >&2
 build=${OBOLO_BUILD_DIR:-build-bench}
 cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DOBOLO_BUILD_BENCH=ON -DOBOLO_BUILD_TESTS=OFF \
   ${OBOLO_CMAKE_ARGS:-} >/dev/null

@@ -51,7 +51,7 @@ void Send(HttpRequest request, SuccessRule rule, Completion<Envelope> completion
                            onFailure = std::move(onFailure)](HttpOutcome outcome) {
         if (outcome.response) LogLine(outcome.response->url);
         if (!outcome.body) return;
-        auto decoded = DecodeRecord<Envelope>(*outcome.body);
+        auto decoded = DecodeRecordInPlace<Envelope>(*outcome.body);
         if (!decoded) {
           if (onFailure) onFailure(decoded.error());
           return;
