@@ -1,9 +1,11 @@
-// Any bytes from the network decode into an envelope or fail with a sentence;
-// what decodes survives an encode/decode round trip unchanged.
+// Any bytes from the network decode into an envelope or fail with a sentence,
+// the same whether decoded from a copy or in place (which must leave the text
+// as it was); what decodes survives an encode/decode round trip unchanged.
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <string>
 #include <string_view>
 
 #include "network/response_records.h"
@@ -13,6 +15,9 @@ namespace {
 template <class Envelope>
 void Check(std::string_view bytes) {
   auto decoded = Envelope::decode(bytes);
+  std::string owned(bytes);
+  const auto in_place = obolo::DecodeRecordInPlace<Envelope>(owned);
+  if (owned != bytes || in_place.ok() != decoded.ok() || in_place.error() != decoded.error()) std::abort();
   if (!decoded) {
     if (decoded.error().empty()) std::abort();  // a failure always says why
     return;

@@ -14,6 +14,17 @@ CC=clang CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -D
   -DOBOLO_BUILD_TESTS=OFF -DOBOLO_SANITIZE=address,undefined >/dev/null
 cmake --build "$build" -j "$(nproc)" --target fuzz_targets
 
+# Writes seeds that reach the decoder's limits into directory $1.
+make_limit_seeds() {
+  local dir=$1
+  repeat() { local i; for ((i = 0; i < $2; i++)); do printf '%s' "$1"; done; }
+  { repeat '{"a":' 64; printf 1; repeat '}' 64; } >"$dir/limit_depth_64"
+  { repeat '{"a":' 65; printf 1; repeat '}' 65; } >"$dir/limit_depth_65"
+  { printf '{"data":{"recommendations":['; repeat '{"visits":1},' 4096; printf '{}]}}'; } >"$dir/limit_records_4097"
+  { printf '{"message":"'; head -c 1048562 /dev/zero | tr '\0' x; printf '"}'; } >"$dir/limit_length_at_cap"
+  { printf '{"message":"'; head -c 1048563 /dev/zero | tr '\0' x; printf '"}'; } >"$dir/limit_length_past_cap"
+}
+
 status=0
 for target in $(ls "$build"/fuzz | grep '^fuzz_' ); do
   [[ -x "$build/fuzz/$target" ]] || continue
@@ -21,8 +32,16 @@ for target in $(ls "$build"/fuzz | grep '^fuzz_' ); do
   corpus="$build/corpus/$name"
   mkdir -p "$corpus" "$build/crashes/$name"
   cp -n fuzz/corpus/"$name"/* "$corpus"/ 2>/dev/null || true
-  echo "== $target: $runs inputs"
-  if ! "$build/fuzz/$target" -runs="$runs" -max_len=4096 -artifact_prefix="$build/crashes/$name/" \
+  max_len=4096
+  if [[ $name == response_records ]]; then
+    # The answer decoder's limits (1 MiB of text, 64 levels of nesting, 4096
+    # records in an array) are reached only by long inputs: a larger limit,
+    # and seeds at and past each limit to mutate from.
+    max_len=1100000
+    make_limit_seeds "$corpus"
+  fi
+  echo "== $target: $runs inputs of up to $max_len bytes"
+  if ! "$build/fuzz/$target" -runs="$runs" -max_len="$max_len" -artifact_prefix="$build/crashes/$name/" \
       "$corpus" 2>"$build/$target.log"; then
     echo "$target FAILED; see $build/$target.log"
     tail -n 30 "$build/$target.log"

@@ -72,6 +72,7 @@ struct JsonRecordAccess {
 };
 
 namespace json_record_detail {
+struct DecodeAccess;
 struct NullVisit {
   template <class T>
   void operator()(std::string_view, T&) const {}
@@ -105,6 +106,7 @@ class DecodeResult {
   const std::string& error() const { return error_; }
 
  private:
+  friend struct json_record_detail::DecodeAccess;  // fills a successful result's record in place
   DecodeResult(std::optional<T> value, std::string error) : value_(std::move(value)), error_(std::move(error)) {}
   std::optional<T> value_;
   std::string error_;

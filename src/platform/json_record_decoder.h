@@ -24,10 +24,12 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -91,6 +93,8 @@ bool ReadKey(ondemand::field& field, std::string_view& key, Walk& walk);
 bool ReadNumber(ondemand::value& value, double& number, Walk& walk);
 // A null, checked in full. False when halted.
 bool ReadNull(ondemand::value& value, Walk& walk);
+// True when the number is written without a fraction or exponent.
+bool IsIntegerToken(ondemand::value& value);
 
 // The member failures of one record, kept until its object ends.
 class MemberFailures {
@@ -208,6 +212,8 @@ inline bool ReadMember(ondemand::value& value, const Path& path, Walk& walk, std
   if (type != ondemand::json_type::number) return Mismatched(value, type, path, "number", walk, failure);
   double number = 0;
   if (!ReadNumber(value, number, walk)) return false;
+  // "-0" is the integer zero, whose double has no sign; "-0.0" keeps its.
+  if (number == 0 && std::signbit(number) && IsIntegerToken(value)) number = 0.0;
   member = number;
   return true;
 }
@@ -239,9 +245,14 @@ bool ReadMember(ondemand::value& value, const Path& path, Walk& walk, std::optio
   if (type != ondemand::json_type::object) return Mismatched(value, type, path, "object", walk, failure);
   ondemand::object object;
   if (value.get_object().get(object)) return walk.Stop(Halt::kInvalid);
-  R nested = JsonRecordAccess::Make<R>();
-  if (!ReadRecord(object, path, walk, nested, failure)) return false;
-  if (failure.empty()) member = std::move(nested);
+  // Read in place; a record that fails is not kept.
+  if constexpr (std::is_default_constructible_v<R>) {
+    member.emplace();
+  } else {
+    member = JsonRecordAccess::Make<R>();
+  }
+  if (!ReadRecord(object, path, walk, *member, failure)) return false;
+  if (!failure.empty()) member.reset();
   return true;
 }
 
@@ -258,7 +269,7 @@ bool ReadMember(ondemand::value& value, const Path& path, Walk& walk, std::optio
   ondemand::array array;
   if (value.get_array().get(array)) return walk.Stop(Halt::kInvalid);
   if (!walk.Enter()) return false;
-  std::vector<R> elements;
+  std::vector<R>& elements = member.emplace();
   std::size_t index = 0;
   for (auto item : array) {
     ondemand::value element;
@@ -282,112 +293,147 @@ bool ReadMember(ondemand::value& value, const Path& path, Walk& walk, std::optio
     }
     ondemand::object object;
     if (element.get_object().get(object)) return walk.Stop(Halt::kInvalid);
-    R nested = JsonRecordAccess::Make<R>();
-    if (!ReadRecord(object, element_path, walk, nested, failure)) return false;
-    if (failure.empty()) elements.push_back(std::move(nested));
+    if constexpr (std::is_default_constructible_v<R>) {
+      elements.emplace_back();
+    } else {
+      elements.push_back(JsonRecordAccess::Make<R>());
+    }
+    if (!ReadRecord(object, element_path, walk, elements.back(), failure)) return false;
   }
   walk.Leave();
-  if (failure.empty()) member = std::move(elements);
+  if (!failure.empty()) member.reset();
   return true;
 }
 
-// Offered each member of a record in declared order; reads the value into the
-// one whose key matches.
-class FieldReader {
+// One field's key, as the text writes it. Compared as written, which holds
+// for any key without escapes; a key with escapes is compared unescaped.
+class FieldKey {
  public:
-  FieldReader(std::string_view key, ondemand::value& value, const Path& parent, Walk& walk,
-              MemberFailures& failures, std::uint64_t& present)
-      : key_(key), value_(value), parent_(parent), walk_(walk), failures_(failures), present_(present) {}
+  explicit FieldKey(const char* raw) : raw_(raw) {}
 
-  bool matched() const { return matched_; }
-
-  template <class Member>
-  void operator()(std::string_view name, Member& member) {
-    if (matched_) return;
-    if (name.size() != key_.size() || name != key_) {
-      ++index_;
-      return;
-    }
-    matched_ = true;
-    const Path path{&parent_, name};
-    std::string failure;
-    if constexpr (std::is_same_v<Member, bool>) {
-      // Required: present only while the key holds a boolean.
-      std::optional<bool> read;
-      if (!ReadMember(value_, path, walk_, read, failure)) return;
-      if (read) {
-        member = *read;
-        present_ |= std::uint64_t{1} << index_;
-      } else {
-        present_ &= ~(std::uint64_t{1} << index_);
-      }
-    } else {
-      if (!ReadMember(value_, path, walk_, member, failure)) return;
-    }
-    if (failure.empty()) {
-      failures_.Clear(index_);
-    } else {
-      failures_.Set(index_, std::move(failure));
-    }
+  bool Matches(std::string_view name) const {
+    if (escaped_) return name == unescaped_;
+    // The text holds at least the rest of the object and the parser's room
+    // after it, so the byte after a name's length is there to read.
+    return raw_[name.size()] == '"' && std::memcmp(raw_, name.data(), name.size()) == 0;
   }
+  // For a key no member matched as written: true (and from then on compared
+  // unescaped) when it has escapes. False when halted.
+  bool Unescape(ondemand::field& field, Walk& walk, bool& has_escapes);
 
  private:
-  std::string_view key_;
-  ondemand::value& value_;
-  const Path& parent_;
-  Walk& walk_;
-  MemberFailures& failures_;
-  std::uint64_t& present_;
-  unsigned index_ = 0;
-  bool matched_ = false;
+  const char* raw_;
+  bool escaped_ = false;
+  std::string_view unescaped_;
 };
 
-// After the object: a required member that no key filled fails.
-class RequiredCheck {
- public:
-  RequiredCheck(const Path& parent, MemberFailures& failures, std::uint64_t present)
-      : parent_(parent), failures_(failures), present_(present) {}
+// Reads a value into the member at `member`. False when halted; `failure`
+// set when the value does not fit; `present` set when a required member got
+// its value.
+using MemberReader = bool (*)(void* member, ondemand::value& value, const Path& path, Walk& walk,
+                              std::string& failure, bool& present);
 
-  template <class Member>
-  void operator()(std::string_view name, Member&) {
-    if constexpr (std::is_same_v<Member, bool>) {
-      // A value of the wrong type has said so already.
-      if (!(present_ & (std::uint64_t{1} << index_)) && !failures_.Failed(index_)) {
-        failures_.Set(index_, Missing(Path{&parent_, name}));
-      }
-    }
-    ++index_;
+template <class Member>
+bool ReadErased(void* member, ondemand::value& value, const Path& path, Walk& walk, std::string& failure,
+                bool& present) {
+  if constexpr (std::is_same_v<Member, bool>) {
+    std::optional<bool> read;
+    if (!ReadMember(value, path, walk, read, failure)) return false;
+    present = read.has_value();
+    if (read) *static_cast<bool*>(member) = *read;
+    return true;
+  } else {
+    return ReadMember(value, path, walk, *static_cast<Member*>(member), failure);
   }
+}
 
- private:
-  const Path& parent_;
-  MemberFailures& failures_;
-  std::uint64_t present_;
-  unsigned index_ = 0;
+struct MemberEntry {
+  std::string_view name;
+  std::size_t offset;  // of the member in the record
+  bool required;
+  MemberReader read;
 };
 
-// Reads one object into `record`. False when the walk halted; otherwise
-// `failure` holds the first failing member's sentence, or is empty.
+// The member named by `key`, searched from `next` on first (the service
+// writes members in declared order), or -1. False when halted.
+bool FindMember(const std::vector<MemberEntry>& members, FieldKey& key, unsigned next, ondemand::field& field,
+                Walk& walk, int& found);
+
+// A record's members in declared order, with where each sits and how it is
+// read; made once per record type from its member list.
+template <JsonRecord R>
+const std::vector<MemberEntry>& MembersOf() {
+  static const std::vector<MemberEntry> members = [] {
+    std::vector<MemberEntry> list;
+    R sample = JsonRecordAccess::Make<R>();
+    const char* const base = reinterpret_cast<const char*>(&sample);
+    R::fields(sample, [&](std::string_view name, auto& member) {
+      using Member = std::remove_reference_t<decltype(member)>;
+      list.push_back({name, static_cast<std::size_t>(reinterpret_cast<const char*>(&member) - base),
+                      std::is_same_v<Member, bool>, &ReadErased<Member>});
+    });
+    return list;
+  }();
+  return members;
+}
+
+// Reads one object into `record`, which starts empty. False when the walk
+// halted; otherwise `failure` holds the first failing member's sentence, or
+// is empty. A record has at most 64 members.
 template <JsonRecord R>
 bool ReadRecord(ondemand::object& object, const Path& path, Walk& walk, R& record, std::string& failure) {
+  const std::vector<MemberEntry>& members = MembersOf<R>();
+  char* const base = reinterpret_cast<char*>(&record);
   if (!walk.Enter()) return false;
   MemberFailures failures;
   std::uint64_t present = 0;
+  unsigned next = 0;  // the member after the one matched last
   for (auto item : object) {
     ondemand::field field;
     if (std::move(item).get(field)) return walk.Stop(Halt::kInvalid);
-    std::string_view key;
-    if (!ReadKey(field, key, walk)) return false;
-    FieldReader reader(key, field.value(), path, walk, failures, present);
-    R::fields(record, reader);
-    if (walk.halt != Halt::kNone) return false;
-    if (!reader.matched() && !SkipValue(field.value(), walk)) return false;
+    FieldKey key(field.key().raw());
+    int found = -1;
+    if (!FindMember(members, key, next, field, walk, found)) return false;
+    if (found < 0) {
+      if (!SkipValue(field.value(), walk)) return false;
+      continue;
+    }
+    const auto index = static_cast<unsigned>(found);
+    const MemberEntry& member = members[index];
+    const Path member_path{&path, member.name};
+    std::string member_failure;
+    bool member_present = false;
+    if (!member.read(base + member.offset, field.value(), member_path, walk, member_failure, member_present)) {
+      return false;
+    }
+    const std::uint64_t bit = std::uint64_t{1} << index;
+    present = member_present ? present | bit : present & ~bit;
+    if (member_failure.empty()) {
+      failures.Clear(index);
+    } else {
+      failures.Set(index, std::move(member_failure));
+    }
+    next = index + 1;
   }
   walk.Leave();
-  R::fields(record, RequiredCheck(path, failures, present));
+  // A required member that no key filled fails, unless a value of the wrong
+  // type has said so already.
+  for (unsigned index = 0; index < members.size(); ++index) {
+    if (members[index].required && !(present & (std::uint64_t{1} << index)) && !failures.Failed(index)) {
+      failures.Set(index, Missing(Path{&path, members[index].name}));
+    }
+  }
   failure = std::move(failures).First();
   return true;
 }
+
+// Fills a successful result's record in place.
+struct DecodeAccess {
+  template <class T>
+  static T& Value(DecodeResult<T>& result) {
+    return *result.value_;
+  }
+};
 
 template <JsonRecord T>
 DecodeResult<T> DecodePadded(const char* data, std::size_t length, std::size_t capacity) {
@@ -397,13 +443,15 @@ DecodeResult<T> DecodePadded(const char* data, std::size_t length, std::size_t c
   if (!document.Open(data, length, capacity, failure) || !document.RootObject(object, failure)) {
     return DecodeResult<T>::failure(std::move(failure));
   }
-  T record = JsonRecordAccess::Make<T>();
+  auto result = DecodeResult<T>::success(JsonRecordAccess::Make<T>());
   Walk walk;
   const Path top;
-  if (!ReadRecord(object, top, walk, record, failure)) return DecodeResult<T>::failure(HaltText(walk.halt));
+  if (!ReadRecord(object, top, walk, DecodeAccess::Value(result), failure)) {
+    return DecodeResult<T>::failure(HaltText(walk.halt));
+  }
   if (!document.AtEnd()) return DecodeResult<T>::failure(HaltText(Halt::kInvalid));
   if (!failure.empty()) return DecodeResult<T>::failure(std::move(failure));
-  return DecodeResult<T>::success(std::move(record));
+  return result;
 }
 
 }  // namespace json_record_detail

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 
 namespace obolo {
@@ -120,6 +121,9 @@ TEST(ResponseRecordsTest, WellFormedTextDecodesHoweverItIsWritten) {
   // "\u0000" in a string is a character like any other.
   EXPECT_EQ(OboloData::decode(R"({"message":"a\u0000b"})").value().message, std::string("a\0b", 3));
   EXPECT_EQ(OboloData::decode(R"({"data":{"customerBalance":-1e-400}})").value().data->customerBalance, 0.0);
+  // The integer zero has no sign, a zero written with a fraction keeps it.
+  EXPECT_FALSE(std::signbit(*OboloData::decode(R"({"data":{"customerBalance":-0}})").value().data->customerBalance));
+  EXPECT_TRUE(std::signbit(*OboloData::decode(R"({"data":{"customerBalance":-0.0}})").value().data->customerBalance));
   EXPECT_EQ(OboloData::decode(R"({"data":{"customerBalance":18446744073709551616}})").value().data->customerBalance,
             18446744073709551616.0);
 }
