@@ -1,7 +1,7 @@
 #include "sandbox/login_service.h"
 
 #include "sandbox/login_pages.h"
-#include "sandbox/png_image.h"
+#include "sandbox/publisher_logo.h"
 #include "sandbox/request_body.h"
 
 namespace obolo::sandbox {
@@ -53,5 +53,8 @@ Answer LoginService::WindowModePage() {
 }
 
 Answer LoginService::PublisherLogo() { return Answer{200, "image/png", PublisherLogoPng()}; }
+Answer LoginService::PublisherLogoJpeg() { return Answer{200, "image/jpeg", sandbox::PublisherLogoJpeg()}; }
+Answer LoginService::PublisherLogoWebp() { return Answer{200, "image/webp", sandbox::PublisherLogoWebp()}; }
+Answer LoginService::PublisherLogoGif() { return Answer{200, "image/gif", sandbox::PublisherLogoGif()}; }
 
 }  // namespace obolo::sandbox

@@ -26,7 +26,10 @@ class LoginService {
 
   static Answer LoginPage();
   static Answer WindowModePage();
-  static Answer PublisherLogo();
+  static Answer PublisherLogo();  // PNG
+  static Answer PublisherLogoJpeg();
+  static Answer PublisherLogoWebp();
+  static Answer PublisherLogoGif();
 
  private:
   World& world_;

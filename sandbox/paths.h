@@ -21,6 +21,10 @@ inline constexpr char kWindowModePath[] = "/window-mode/index.html";
 inline constexpr char kLoginCodePath[] = "/sandbox/login/code";
 inline constexpr char kLoginVerifyPath[] = "/sandbox/login/verify";
 inline constexpr char kPublisherLogoPath[] = "/assets/publisher-logo.png";
+// The same logo in the other formats publishers' logos come in.
+inline constexpr char kPublisherLogoJpegPath[] = "/assets/publisher-logo.jpg";
+inline constexpr char kPublisherLogoWebpPath[] = "/assets/publisher-logo.webp";
+inline constexpr char kPublisherLogoGifPath[] = "/assets/publisher-logo.gif";
 
 }  // namespace obolo::sandbox
 

@@ -59,6 +59,12 @@ void AddRoutes(httplib::Server& server, RouteFront& front, ApiService& api, Logi
               [](const Call&) { return LoginService::WindowModePage(); });
   front.serve(server, M::kGet, kPublisherLogoPath, Envelope::kNone,
               [](const Call&) { return LoginService::PublisherLogo(); });
+  front.serve(server, M::kGet, kPublisherLogoJpegPath, Envelope::kNone,
+              [](const Call&) { return LoginService::PublisherLogoJpeg(); });
+  front.serve(server, M::kGet, kPublisherLogoWebpPath, Envelope::kNone,
+              [](const Call&) { return LoginService::PublisherLogoWebp(); });
+  front.serve(server, M::kGet, kPublisherLogoGifPath, Envelope::kNone,
+              [](const Call&) { return LoginService::PublisherLogoGif(); });
   front.serve(server, M::kPost, kLoginCodePath, Envelope::kLoginJson,
               bind(&LoginService::requestCode, login));
   front.serve(server, M::kPost, kLoginVerifyPath, Envelope::kLoginJson,

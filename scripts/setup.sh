@@ -6,6 +6,7 @@ set -euo pipefail
 packages=(
   build-essential cmake pkg-config git
   libcurl4-openssl-dev zlib1g-dev nlohmann-json3-dev libsqlite3-dev libcpp-httplib-dev libssl-dev
+  libpng-dev libjpeg62-turbo-dev libwebp-dev libgif-dev
   libgtest-dev libgmock-dev libbenchmark-dev libsimdjson-dev
 )
 if [[ "${OBOLO_SETUP_EXTRA:-}" != "" ]]; then

@@ -7,12 +7,14 @@
 #include <mutex>
 #include <utility>
 
+#include "toolkit/image_decoder.h"
+
 namespace obolo {
 namespace {
 
-// Named images already loaded, by file path. Checking a PNG inflates all its
-// pixels, which for the card's banner takes longer than the rest of showing
-// the card; every paywall asks for the same few images.
+// Named images already loaded, by file path: every paywall asks for the same
+// few images, and decoding the card's banner takes longer than the rest of
+// showing the card.
 struct NamedImageCache {
   std::mutex mutex;
   std::map<std::string, std::shared_ptr<const UIImage>, std::less<>> images;  // guarded by mutex
@@ -24,6 +26,16 @@ NamedImageCache& Cache() {
 }
 
 }  // namespace
+
+std::shared_ptr<const UIImage> UIImage::decode(std::string name, std::string data) {
+  const auto format = SniffImageFormat(data);
+  if (!format) return nullptr;
+  auto pixels = DecodeImage(data);
+  if (!pixels) return nullptr;
+  return std::make_shared<const UIImage>(
+      Key(), std::move(name), std::make_shared<const std::string>(std::move(data)), *format,
+      std::make_shared<const DecodedImage>(std::move(*pixels)), UIImageRenderingMode::automatic);
+}
 
 std::shared_ptr<const UIImage> UIImage::named(std::string_view name, const std::optional<Bundle>& bundle) {
   const Bundle source = bundle ? *bundle : Bundle::main();
@@ -38,23 +50,18 @@ std::shared_ptr<const UIImage> UIImage::named(std::string_view name, const std::
   std::ifstream file(*path, std::ios::binary);
   if (!file) return nullptr;
   std::string data((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  auto info = InspectImageData(data);
-  if (!info) return nullptr;
-  auto image = std::make_shared<const UIImage>(std::string(name), std::move(data), *info,
-                                               UIImageRenderingMode::automatic);
+  auto image = decode(std::string(name), std::move(data));
+  if (!image) return nullptr;
   std::lock_guard<std::mutex> lock(cache.mutex);
   return cache.images.try_emplace(key, std::move(image)).first->second;
 }
 
 std::shared_ptr<const UIImage> UIImage::fromData(std::string data) {
-  auto info = InspectImageData(data);
-  if (!info) return nullptr;
-  return std::make_shared<const UIImage>(std::string(), std::move(data), *info,
-                                         UIImageRenderingMode::automatic);
+  return decode(std::string(), std::move(data));
 }
 
 std::shared_ptr<const UIImage> UIImage::withRenderingMode(UIImageRenderingMode mode) const {
-  return std::make_shared<const UIImage>(name_, data_, info_, mode);
+  return std::make_shared<const UIImage>(Key(), name_, data_, format_, pixels_, mode);
 }
 
 }  // namespace obolo

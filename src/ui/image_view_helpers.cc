@@ -35,8 +35,11 @@ void imageFromURL(const std::shared_ptr<UIImageView>& imageView, std::string_vie
       LogLine(outcome.errorDescription);
       return;
     }
-    MainLoop::main().post([imageView, indicator, body = std::move(*outcome.body)]() mutable {
-      auto image = UIImage::fromData(std::move(body));
+    // Decoded here, on the session's thread: a large or hostile image costs
+    // this thread its time, never the main loop. Only the finished image
+    // (or null) goes over.
+    std::shared_ptr<const UIImage> decoded = UIImage::fromData(std::move(*outcome.body));
+    MainLoop::main().post([imageView, indicator, image = std::move(decoded)]() mutable {
       indicator->removeFromSuperview();
       imageView->setImage(std::move(image));
     });

@@ -16,9 +16,10 @@ namespace obolo {
 // HttpSession::shared(); its completion, on the session's thread:
 //  - after a transport failure logs the failure's description and stops (the
 //    indicator, if shown, stays and keeps spinning);
-//  - otherwise hops to the main loop, which removes the indicator and sets the
-//    image decoded from the body, whatever the HTTP status; a body that is not
-//    an image leaves the view with no image.
+//  - otherwise decodes the body there, on the session's thread, then hops to
+//    the main loop, which removes the indicator and sets the decoded image,
+//    whatever the HTTP status; a body that is not an image (or exceeds the
+//    pixel limit of image_decoder.h) leaves the view with no image.
 // An address with a scheme other than http or https fails as the platform's
 // session fails it, with "unsupported URL". The pending download keeps the
 // image view alive until it completes. Call on the main thread.

@@ -4,9 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
+#include "sandbox/publisher_logo.h"
 #include "sandbox_fixture.h"
-#include "toolkit/image_data.h"
+#include "support/pixels.h"
+#include "toolkit/image_decoder.h"
 
 namespace obolo::sandbox::testing {
 namespace {
@@ -40,13 +43,40 @@ TEST_F(LoginTest, AShownCodeBuysKeysOnceAndTheKeysLogTheCustomerIn) {
   EXPECT_EQ(login.json()["data"]["customerInfo"]["customer"]["email"], seed::kReaderEmail);
 }
 
-TEST_F(LoginTest, TheLogoIsAWholePng) {
-  WireResponse logo = client_.get(kPublisherLogoPath);
-  EXPECT_EQ(logo.contentType, "image/png");
-  auto image = InspectImageData(logo.body);  // checks every chunk and the pixel rows
-  ASSERT_TRUE(image.has_value());
-  EXPECT_EQ(image->format, ImageFormat::png);
-  EXPECT_EQ(image->width, 64u);
+TEST_F(LoginTest, TheLogoComesInEveryFormatTheKitDecodesAndShowsTheSameDrawing) {
+  struct Case {
+    const char* path;
+    const char* type;
+    int tolerance;  // JPEG is lossy
+  } cases[] = {
+      {kPublisherLogoPath, "image/png", 0},
+      {kPublisherLogoJpegPath, "image/jpeg", 12},
+      {kPublisherLogoWebpPath, "image/webp", 0},
+      {kPublisherLogoGifPath, "image/gif", 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.path);
+    WireResponse logo = client_.get(c.path);
+    EXPECT_EQ(logo.status, 200);
+    EXPECT_EQ(logo.contentType, c.type);
+    const auto image = DecodeImage(logo.body);
+    ASSERT_TRUE(image.has_value());
+    ASSERT_EQ(image->width, 64u);
+    ASSERT_EQ(image->height, 64u);
+    // White in the corners, the amber disc at the centre and the dark ring
+    // of the "O" around it.
+    for (auto [x, y, colour] : {std::tuple{0, 0, kLogoBackground},
+                                {63, 63, kLogoBackground},
+                                {32, 32, kLogoDisc},
+                                {32, 6, kLogoDisc},
+                                {32, 16, kLogoInk},
+                                {48, 32, kLogoInk}}) {
+      EXPECT_LE(obolo::testing::ChannelDistance(obolo::testing::PixelAt(*image, x, y),
+                                                obolo::testing::Opaque(colour)),
+                c.tolerance)
+          << "at (" << x << ", " << y << ")";
+    }
+  }
 }
 
 }  // namespace
