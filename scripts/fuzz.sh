@@ -14,15 +14,14 @@ CC=clang CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -D
   -DOBOLO_BUILD_TESTS=OFF -DOBOLO_SANITIZE=address,undefined >/dev/null
 cmake --build "$build" -j "$(nproc)" --target fuzz_targets
 
-# Writes seeds that reach the decoder's limits into directory $1.
+# Writes seeds at and past the decoder's nesting and record limits into
+# directory $1. (The target itself makes inputs that reach its length limit.)
 make_limit_seeds() {
   local dir=$1
   repeat() { local i; for ((i = 0; i < $2; i++)); do printf '%s' "$1"; done; }
   { repeat '{"a":' 64; printf 1; repeat '}' 64; } >"$dir/limit_depth_64"
   { repeat '{"a":' 65; printf 1; repeat '}' 65; } >"$dir/limit_depth_65"
-  { printf '{"data":{"recommendations":['; repeat '{"visits":1},' 4096; printf '{}]}}'; } >"$dir/limit_records_4097"
-  { printf '{"message":"'; head -c 1048562 /dev/zero | tr '\0' x; printf '"}'; } >"$dir/limit_length_at_cap"
-  { printf '{"message":"'; head -c 1048563 /dev/zero | tr '\0' x; printf '"}'; } >"$dir/limit_length_past_cap"
+  { printf '{"data":{"recommendations":['; repeat '{},' 4096; printf '{}]}}'; } >"$dir/limit_records_4097"
 }
 
 status=0
@@ -34,10 +33,11 @@ for target in $(ls "$build"/fuzz | grep '^fuzz_' ); do
   cp -n fuzz/corpus/"$name"/* "$corpus"/ 2>/dev/null || true
   max_len=4096
   if [[ $name == response_records ]]; then
-    # The answer decoder's limits (1 MiB of text, 64 levels of nesting, 4096
-    # records in an array) are reached only by long inputs: a larger limit,
-    # and seeds at and past each limit to mutate from.
-    max_len=1100000
+    # The answer decoder's limits (64 levels of nesting, 4096 records in an
+    # array) need inputs longer than 4096 bytes: a larger limit, and seeds at
+    # and past each to mutate from. Its 1 MiB length limit is reached by
+    # inputs the target repeats (see fuzz/response_records_fuzzer.cc).
+    max_len=16384
     make_limit_seeds "$corpus"
   fi
   echo "== $target: $runs inputs of up to $max_len bytes"
