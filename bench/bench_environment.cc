@@ -25,6 +25,9 @@ sandbox::SandboxOptions BenchSandboxOptions() {
 
 struct State {
   sandbox::Sandbox sandbox{BenchSandboxOptions()};
+  std::unique_ptr<DelayRelay> service_relay;
+  std::unique_ptr<DelayRelay> logo_relay;
+  std::string service_url;
   std::string directory;
   std::string store_path;
 };
@@ -39,19 +42,29 @@ std::string MakeTemporaryDirectory() {
 
 }  // namespace
 
-bool BenchEnvironment::SetUp(std::string& error) {
+bool BenchEnvironment::SetUp(std::string& error, bool through_relays) {
   SetLogSink(NullLogSink());
   state = new State;
   if (!state->sandbox.start()) {
     error = "the sandbox did not start: " + state->sandbox.error();
     return false;
   }
-  const std::string base = state->sandbox.baseUrl();
+  state->service_url = state->sandbox.baseUrl();
+  if (through_relays) {
+    state->service_relay = std::make_unique<DelayRelay>(state->sandbox.port());
+    state->logo_relay = std::make_unique<DelayRelay>(state->sandbox.port());
+    if (!state->service_relay->start() || !state->logo_relay->start()) {
+      error = "the relays cannot listen on loopback";
+      return false;
+    }
+    state->service_url = "https://127.0.0.1:" + std::to_string(state->service_relay->port());
+  }
+  const std::string& base = state->service_url;
   setenv("OBOLO_API_BASE_URL", base.c_str(), 1);
   setenv("OBOLO_CA_FILE", state->sandbox.caFile().c_str(), 1);
   setenv("OBOLO_WALLET_ORIGIN", base.c_str(), 1);
   setenv("OBOLO_REDIRECT_ORIGIN", base.c_str(), 1);
-  setenv("OBOLO_LOGIN_LOGO_URL", state->sandbox.logoUrl().c_str(), 1);
+  setenv("OBOLO_LOGIN_LOGO_URL", logoUrl().c_str(), 1);
 
   state->directory = MakeTemporaryDirectory();
   if (state->directory.empty()) {
@@ -71,6 +84,8 @@ bool BenchEnvironment::SetUp(std::string& error) {
 void BenchEnvironment::TearDown() {
   if (state == nullptr) return;
   PreferenceStore::setStandard(nullptr);
+  state->service_relay.reset();
+  state->logo_relay.reset();
   state->sandbox.stop();
   if (!state->directory.empty()) {
     std::error_code ignored;
@@ -83,5 +98,16 @@ void BenchEnvironment::TearDown() {
 sandbox::Sandbox& BenchEnvironment::sandbox() { return state->sandbox; }
 
 const std::string& BenchEnvironment::storePath() { return state->store_path; }
+
+std::string BenchEnvironment::serviceUrl() { return state->service_url; }
+
+std::string BenchEnvironment::logoUrl() {
+  if (!state->logo_relay) return state->sandbox.logoUrl();
+  return "https://127.0.0.1:" + std::to_string(state->logo_relay->port()) + sandbox::kPublisherLogoPath;
+}
+
+DelayRelay& BenchEnvironment::serviceRelay() { return *state->service_relay; }
+
+DelayRelay& BenchEnvironment::logoRelay() { return *state->logo_relay; }
 
 }  // namespace obolo::bench

@@ -1,11 +1,18 @@
 #!/usr/bin/env python3
-"""Prints obolo-bench's figures next to their references, from one JSON run.
+"""Prints obolo-bench's figures next to their references and floors, from one run.
 
-Usage: bench_table.py RESULTS.json [--markdown]
+Usage: bench_table.py RESULTS.json [MORE.json ...] [--markdown]
 
-Each row pairs a kit figure with the reference it is measured against: the
-median of each over the run's repetitions, its spread (coefficient of
-variation), their ratio, and the target where there is one.
+The JSON files are Google Benchmark outputs of obolo-bench and
+obolo-bench-phone from the same run. Four tables:
+
+- ratios: each kit figure beside the reference measured in the same run: the
+  median of each over the run's repetitions, its spread (coefficient of
+  variation), their ratio, and the target where there is one;
+- hostile answers: how long each body holds the HTTP session's thread and the
+  memory its decode adds at its peak, beside a normal bid answer;
+- round trips on a mobile link: each figure beside its floor in round trips;
+- scale: 1 to 1000 paywalls at once.
 """
 
 import json
@@ -26,10 +33,10 @@ ROWS = [
      "one bare bid round trip", 1.5, "time"),
     ("2b. time to card, publisher without logo", "BM_TimeToCard_KitWithoutLogo", "BM_ServiceCall_BareCurl",
      "one bare bid round trip", None, "time"),
-    ("3. decode full bid answer", "BM_DecodeBid_Kit", "BM_DecodeBid_NlohmannParse",
-     "nlohmann parse", 2.0, "time"),
-    ("3b. decode full bid answer", "BM_DecodeBid_Kit", "BM_DecodeBid_Simdjson",
-     "simdjson DOM parse", None, "time"),
+    ("3. decode full bid answer", "BM_DecodeBid_Kit", "BM_DecodeBid_Simdjson",
+     "simdjson DOM parse", 4.0, "time"),
+    ("3b. decode full bid answer", "BM_DecodeBid_Kit", "BM_DecodeBid_NlohmannParse",
+     "nlohmann parse", None, "time"),
     ("4. isOBTokenValid (SQLite store)", "BM_TokenValid_Kit", "BM_TokenValid_BareSqliteRead",
      "bare SQLite point read", None, "time"),
     ("4b. isOBTokenValid (SQLite store)", "BM_TokenValid_Kit", "BM_TokenValid_JwtDecodeOnly",
@@ -86,22 +93,56 @@ LIMITS = [
       "BM_MainLoopHeld_HugeWebpHeader"], "longest_us", 50_000),
 ]
 
+# (body, benchmark): the floor is BM_Hostile_FullBid.
+HOSTILE = [
+    ("1 MB of [", "BM_Hostile_Brackets1MB"),
+    ("1 MiB of [ (the cap)", "BM_Hostile_BracketsAtCap"),
+    ('{"a": nested, closed', "BM_Hostile_NestedObjects"),
+    ("wide array of {} no member reads", "BM_Hostile_WideUnknownArray"),
+    ("wide array of recommendations", "BM_Hostile_WideRecords"),
+    ("one huge string", "BM_Hostile_HugeString"),
+    ("one huge string of \\u escapes", "BM_Hostile_EscapedString"),
+    ("many keys", "BM_Hostile_ManyKeys"),
+]
+HOSTILE_TIME_LIMIT_NS = 100e6
+HOSTILE_MEMORY_LIMIT_KIB = 16 * 1024
+
+# (figure, benchmark): each row is run at 25 and 150 ms one way.
+ROUND_TRIPS = [
+    ("7. time to card, warm connection", "BM_Phone_CardWarm"),
+    ("7b. time to card, new connection, TLS resumed", "BM_Phone_CardResumed"),
+    ("7c. time to card, cold start", "BM_Phone_CardCold"),
+    ("8. publisher logo beside the warm card", "BM_Phone_Logo"),
+    ("9. new reader's whole purchase", "BM_Phone_Purchase"),
+]
+LINKS_MS = (25, 150)
+ROUND_TRIP_SLACK_MS = 2.0
+
+SCALE = (1, 10, 100, 1000)
+SCALE_TARGET = 1.2
+
 TO_NS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
+SKIPPED_PARTS = ("iterations:", "repeats:", "manual_time", "real_time", "min_time:", "threads:")
 
 
-def aggregates(document):
-    """{benchmark name: {aggregate name: entry}} for the run's aggregate entries."""
+def key(run_name):
+    """The benchmark's name with its arguments, without run options."""
+    return "/".join(part for part in run_name.split("/") if part and not part.startswith(SKIPPED_PARTS))
+
+
+def aggregates(documents):
+    """{benchmark key: {aggregate name: entry}} for every file's aggregate entries."""
     found = {}
-    for entry in document.get("benchmarks", []):
-        if entry.get("run_type") != "aggregate":
-            continue
-        name = entry["run_name"].split("/")[0]
-        found.setdefault(name, {})[entry["aggregate_name"]] = entry
+    for document in documents:
+        for entry in document.get("benchmarks", []):
+            if entry.get("run_type") != "aggregate":
+                continue
+            found.setdefault(key(entry["run_name"]), {})[entry["aggregate_name"]] = entry
     return found
 
 
 def value(entries, aggregate, metric):
-    entry = entries.get(aggregate)
+    entry = (entries or {}).get(aggregate)
     if entry is None:
         return None
     if metric == "time":
@@ -111,15 +152,17 @@ def value(entries, aggregate, metric):
     return entry.get(metric)
 
 
-def show(number, metric):
+def show(number, metric="time"):
     if number is None:
         return "n/a"
-    if metric == "peak_rss_kib":
-        return f"{number / 1024:.1f} MiB"
+    if metric in ("peak_rss_kib", "kib"):
+        return f"{number / 1024:.1f} MiB" if abs(number) >= 1024 else f"{number:.0f} KiB"
     if metric in ("process_cpu_us", "longest_wait_us"):
         number *= 1e3  # shown like a time
+    if metric == "ms":
+        number *= 1e6
     for unit, scale in (("s", 1e9), ("ms", 1e6), ("µs", 1e3)):
-        if number >= scale:
+        if abs(number) >= scale:
             return f"{number / scale:.3g} {unit}"
     return f"{number:.3g} ns"
 
@@ -139,16 +182,20 @@ def spread(entries, metric):
     return "" if cv is None else f" ±{cv * 100:.0f}%"
 
 
-def main(argv):
-    if len(argv) < 2:
-        print(__doc__, file=sys.stderr)
-        return 2
-    with open(argv[1], encoding="utf-8") as file:
-        document = json.load(file)
-    markdown = "--markdown" in argv[2:]
-    found = aggregates(document)
+def print_table(header, lines, markdown):
+    if markdown:
+        print("| " + " | ".join(header) + " |")
+        print("|" + "|".join("---" for _ in header) + "|")
+        for line in lines:
+            print("| " + " | ".join(line) + " |")
+    else:
+        widths = [max(len(row[i]) for row in [header] + lines) for i in range(len(header))]
+        for row in [header] + lines:
+            print("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip())
+    print()
 
-    header = ["figure", "kit (median)", "reference", "reference (median)", "ratio", "target", "met"]
+
+def ratio_table(found, markdown):
     lines = []
     for title, kit, reference, described, target, metric in ROWS:
         kit_entries, reference_entries = found.get(kit, {}), found.get(reference, {})
@@ -165,22 +212,11 @@ def main(argv):
             "—" if target is None else f"≤ {target:.2f}×",
             met,
         ])
+    print_table(["figure", "kit (median)", "reference", "reference (median)", "ratio", "target", "met"], lines,
+                markdown)
 
-    context = document.get("context", {})
-    load = context.get("load_avg")
-    note = (f"{context.get('num_cpus', '?')} CPUs; load average when the run ended: "
-            + (", ".join(f"{x:.2f}" for x in load) if load else "unknown")
-            + "; ± is the coefficient of variation over the repetitions")
-    if markdown:
-        print("| " + " | ".join(header) + " |")
-        print("|" + "|".join("---" for _ in header) + "|")
-        for line in lines:
-            print("| " + " | ".join(line) + " |")
-    else:
-        widths = [max(len(row[i]) for row in [header] + lines) for i in range(len(header))]
-        for row in [header] + lines:
-            print("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip())
-    print()
+
+def limits_table(found):
     for what, benchmarks, counter, limit in LIMITS:
         values = [value(found.get(name, {}), "max", counter) for name in benchmarks]
         values = [v for v in values if v is not None]
@@ -189,7 +225,116 @@ def main(argv):
         longest = max(values)
         verdict = "met" if longest <= limit else "MISSED"
         print(f"{what}: {show(longest * 1e3, 'time')} (limit {show(limit * 1e3, 'time')}): {verdict}")
-    print(note)
+    print()
+
+
+def hostile_table(found, markdown):
+    if "BM_Hostile_FullBid" not in found:
+        return
+    floor = found["BM_Hostile_FullBid"]
+    lines = [["6. normal full bid answer (floor)", show(value(floor, "median", "body_kib"), "kib"),
+              show(value(floor, "median", "time")), show(value(floor, "median", "peak_added_kib"), "kib"), "—", ""]]
+    for title, benchmark in HOSTILE:
+        entries = found.get(benchmark)
+        held = value(entries, "median", "time")
+        held_max = value(entries, "max", "time")
+        added = value(entries, "max", "peak_added_kib")
+        met = ""
+        if held_max is not None and added is not None:
+            met = "yes" if held_max <= HOSTILE_TIME_LIMIT_NS and added <= HOSTILE_MEMORY_LIMIT_KIB else "NO"
+        lines.append(["6. " + title, show(value(entries, "median", "body_kib"), "kib"),
+                      show(held) + f" (max {show(held_max)})", show(added, "kib"),
+                      "≤ 100 ms, ≤ 16 MiB", met])
+    print_table(["hostile answer", "body", "session thread held (median)", "peak memory added (max)", "target",
+                 "met"], lines, markdown)
+
+
+def round_trip_table(found, markdown):
+    lines = []
+    for title, benchmark in ROUND_TRIPS:
+        for link in LINKS_MS:
+            entries = found.get(f"{benchmark}/{link}")
+            if not entries:
+                continue
+            floor_rtt = value(entries, "median", "floor_rtt")
+            rtt_ms = value(entries, "median", "rtt_ms")
+            beyond = value(entries, "median", "beyond_floor_ms")
+            counted = value(entries, "median", "round_trips")
+            connections = value(entries, "median", "connections")
+            extra = ""
+            if benchmark == "BM_Phone_Logo":
+                after = value(entries, "median", "logo_after_card_ms")
+                extra = f"; lands {after:+.1f} ms after the card" if after is not None else ""
+            met = "" if beyond is None else ("yes" if beyond <= ROUND_TRIP_SLACK_MS else "NO")
+            lines.append([
+                title,
+                f"{link} ms ({rtt_ms:.0f} ms RTT)" if rtt_ms else f"{link} ms",
+                show(value(entries, "median", "time")) + spread(entries, "time"),
+                f"{floor_rtt:.0f} RTT = {show(floor_rtt * rtt_ms, 'ms')}" if floor_rtt and rtt_ms else "n/a",
+                "n/a" if beyond is None else f"{beyond:+.1f} ms",
+                ("n/a" if counted is None else f"{counted:.0f} RTT, {connections:.0f} new conn.") + extra,
+                f"≤ floor + {ROUND_TRIP_SLACK_MS:.0f} ms",
+                met,
+            ])
+    if lines:
+        print_table(["figure", "one way", "kit (median)", "floor", "beyond floor", "relay counted", "target", "met"],
+                    lines, markdown)
+
+
+def scale_table(found, markdown):
+    per = {}
+    lines = []
+    for count in SCALE:
+        entries = found.get(f"BM_Scale_Paywalls/{count}")
+        if not entries:
+            continue
+        per[count] = value(entries, "median", "per_paywall_us")
+    for count in SCALE:
+        entries = found.get(f"BM_Scale_Paywalls/{count}")
+        if not entries:
+            continue
+        ratio = per[count] / per[10] if per.get(10) and per.get(count) else None
+        target = "" if count != 1000 else f"≤ {SCALE_TARGET:.1f}× of 10"
+        met = "" if count != 1000 or ratio is None else ("yes" if ratio <= SCALE_TARGET else "NO")
+        lines.append([
+            f"10. {count} paywall{'s' if count > 1 else ''} at once",
+            show(value(entries, "median", "time")) + spread(entries, "time"),
+            show(per[count] * 1e3 if per[count] is not None else None),
+            "n/a" if ratio is None else f"{ratio:.2f}×",
+            show(value(entries, "median", "peak_rss_kib"), "kib"),
+            show(value(entries, "median", "added_kib_per_paywall"), "kib"),
+            f"{value(entries, 'median', 'threads'):.0f} (alone {value(entries, 'median', 'alone_threads'):.0f})",
+            target,
+            met,
+        ])
+    if lines:
+        print_table(["scale", "time to every decision", "per paywall", "per paywall vs 10", "peak RSS",
+                     "added per paywall", "threads", "target", "met"], lines, markdown)
+
+
+def main(argv):
+    files = [arg for arg in argv[1:] if not arg.startswith("--")]
+    if not files:
+        print(__doc__, file=sys.stderr)
+        return 2
+    documents = []
+    for name in files:
+        with open(name, encoding="utf-8") as file:
+            documents.append(json.load(file))
+    markdown = "--markdown" in argv[1:]
+    found = aggregates(documents)
+
+    ratio_table(found, markdown)
+    limits_table(found)
+    hostile_table(found, markdown)
+    round_trip_table(found, markdown)
+    scale_table(found, markdown)
+
+    context = documents[0].get("context", {})
+    loads = [document.get("context", {}).get("load_avg") for document in documents]
+    print(f"{context.get('num_cpus', '?')} CPUs; load average when each program's run ended: "
+          + "; ".join(", ".join(f"{x:.2f}" for x in load) if load else "unknown" for load in loads)
+          + "; ± is the coefficient of variation over the repetitions")
     return 0
 
 

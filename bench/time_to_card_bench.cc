@@ -25,48 +25,19 @@
 #include <string>
 
 #include "bench/bench_environment.h"
+#include "bench/host_screen.h"
 #include "bench/process_cpu.h"
 #include "entry/obolo.h"
 #include "entry/position.h"
 #include "paywall/paywall_vc.h"
 #include "platform/main_loop.h"
 #include "sandbox/default_world.h"
-#include "toolkit/ui_label.h"
-#include "toolkit/ui_window.h"
-#include "toolkit/ui_window_scene.h"
 
 namespace obolo::bench {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::seconds kCardTimeout{10};
-
-// A host app's article screen in a key window, as a publisher's app has it.
-struct HostScreen {
-  HostScreen()
-      : window(std::make_shared<UIWindow>(std::make_shared<UIWindowScene>())),
-        host(std::make_shared<UIViewController>()),
-        content(std::make_shared<UIView>(CGRect{{0, 100}, {390, 600}})) {
-    auto article = std::make_shared<UILabel>(CGRect{{16, 16}, {358, 568}});
-    article->setText(sandbox::seed::kNormalArticleTitle);
-    content->addSubview(article);
-    window->setRootViewController(host);
-    host->view()->addSubview(content);
-    window->makeKeyAndVisible();
-  }
-
-  std::shared_ptr<UIWindow> window;
-  std::shared_ptr<UIViewController> host;
-  std::shared_ptr<UIView> content;
-};
-
-bool CardVisible(const PaywallVC& paywall) {
-  const auto view = paywall.viewIfLoaded();
-  if (!view || view->isHidden()) return false;
-  if (paywall.unlockView->isHidden() || !paywall.splashView->isHidden()) return false;
-  const auto title = paywall.lblObTitle->text();
-  return title.has_value() && !title->empty();
-}
 
 // One reader per iteration; `logo` empty for a publisher without a logo.
 void MeasureTimeToCard(benchmark::State& state, const std::string& logo) {

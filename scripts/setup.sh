@@ -8,7 +8,7 @@ packages=(
   libcurl4-openssl-dev zlib1g-dev nlohmann-json3-dev libsqlite3-dev libcpp-httplib-dev libssl-dev
   libicu-dev libcli11-dev libjwt-dev
   libpng-dev libjpeg62-turbo-dev libwebp-dev libgif-dev
-  libgtest-dev libgmock-dev libbenchmark-dev
+  libgtest-dev libgmock-dev libbenchmark-dev libsimdjson-dev
   libcairo2-dev libpango1.0-dev fonts-dejavu-core fontconfig libfontconfig-dev
 )
 if [[ "${OBOLO_SETUP_EXTRA:-}" != "" ]]; then

@@ -3,6 +3,8 @@
 #include <array>
 #include <cmath>
 
+#include "platform/json_record_decoder.h"
+
 namespace obolo {
 namespace {
 
@@ -73,9 +75,9 @@ TokenData JWTDecode::decode(std::string_view jwtToken) const {
 }
 
 TokenData JWTDecode::decodeJWTPart(std::string_view segment) const {
-  const auto bytes = base64UrlDecode(segment);
+  auto bytes = base64UrlDecode(segment);
   if (!bytes) return TokenData{};
-  auto decoded = DecodeRecord<TokenData>(*bytes);
+  auto decoded = DecodeRecordInPlace<TokenData>(*bytes);
   if (!decoded) return TokenData{};
   return std::move(decoded).value();
 }

@@ -82,7 +82,7 @@ void Send(HttpRequest request, SuccessRule rule, Completion<Envelope> completion
           return;
         }
         if (!outcome.body) return;
-        auto decoded = DecodeRecord<Envelope>(*outcome.body);
+        auto decoded = DecodeRecordInPlace<Envelope>(*outcome.body);
         if (!decoded) {
           if (onFailure) onFailure(decoded.error());
           return;
@@ -119,7 +119,7 @@ void IssuePlain(const PlainCall& call, const Param& param, bool logRecordName, C
   LogLine(std::string(call.urlPrefix) + url);
   if (logRecordName) {
     LogLine(ModuleQualifiedName(Param::kTypeName));
-  } else {
+  } else if (LogLineWanted(call.bodyContent)) {  // a description costs more than the call's other work
     LogLine(body.description(), call.bodyContent);
   }
   HttpRequest request = MakeRequest(std::move(url), call.method, kContentType);
@@ -164,7 +164,7 @@ void NetworkManager::createLoggedInBid(const CreateLoggedBidParam& param, Comple
   request.body = getCreateLoggedParams(param).json();
   LogLine(url);
   LogLine("Access Token: " + GlobalVariable::shared().getAccessToken(), LogContent::kCredential);
-  LogLine(getCreateLoggedParams(param).description());
+  if (LogLineWanted()) LogLine(getCreateLoggedParams(param).description());
   Send<OboloData>(std::move(request), SuccessRule::kRequireSuccess, std::move(completion), std::move(onFailure));
 }
 

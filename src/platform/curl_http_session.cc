@@ -157,12 +157,13 @@ struct CurlHttpSession::Transfer {
     return CURL_PREREQFUNC_OK;
   }
 
-  // Prepares the easy handle: kNone, or why the request cannot go out.
+  // Prepares the easy handle (a kept one, or a new one): kNone, or why the
+  // request cannot go out.
   TransportError Prepare() {
     for (const auto& [name, value] : request.headers) {
       if (!IsSendableHeaderField(name, value)) return TransportError::kInvalidHeader;
     }
-    easy = curl_easy_init();
+    if (easy == nullptr) easy = curl_easy_init();
     if (easy == nullptr) return TransportError::kOther;
     curl_easy_setopt(easy, CURLOPT_URL, request.url.c_str());
     curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
@@ -282,17 +283,43 @@ struct CurlHttpSession::Core {
     // lock callbacks.
     if (share != nullptr) curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
   }
-  // The easy handles are gone by now: the thread cleans them up before it ends.
+  // The transfers' easy handles are gone by now: the thread cleans them up
+  // before it ends.
   ~Core() {
+    for (CURL* easy : idle_easy) curl_easy_cleanup(easy);
     curl_multi_cleanup(multi);
     curl_share_cleanup(share);
   }
+
+  // A finished transfer's easy handle, reset, for the next transfer: making
+  // and destroying one per transfer costs more than setting all its options.
+  // The connections and TLS sessions live in the multi handle and the share,
+  // not here, so a kept handle carries nothing from one transfer to the next.
+  // Session thread only.
+  void KeepEasy(CURL* easy) {
+    if (easy == nullptr) return;
+    curl_easy_reset(easy);
+    if (idle_easy.size() < kIdleEasyHandles) {
+      idle_easy.push_back(easy);
+    } else {
+      curl_easy_cleanup(easy);
+    }
+  }
+  CURL* TakeEasy() {
+    if (idle_easy.empty()) return nullptr;
+    CURL* easy = idle_easy.back();
+    idle_easy.pop_back();
+    return easy;
+  }
+
+  static constexpr std::size_t kIdleEasyHandles = 8;
 
   std::mutex mutex;
   std::deque<std::unique_ptr<Transfer>> incoming;  // guarded by mutex
   bool stopping = false;                           // guarded by mutex
   CURLM* multi = curl_multi_init();
   CURLSH* share = curl_share_init();
+  std::vector<CURL*> idle_easy;  // session thread only
 };
 
 CurlHttpSession::CurlHttpSession() {
@@ -348,6 +375,7 @@ void CurlHttpSession::Run(std::shared_ptr<Core> core) {
 
   auto complete = [&](Transfer* transfer, HttpOutcome outcome) {
     CompletionHandler handler = std::move(transfer->handler);
+    core->KeepEasy(std::exchange(transfer->easy, nullptr));  // out of the multi handle by now
     std::erase_if(running, [&](const auto& owned) { return owned.get() == transfer; });
     if (handler) handler(std::move(outcome));
   };
@@ -362,6 +390,7 @@ void CurlHttpSession::Run(std::shared_ptr<Core> core) {
     for (auto& transfer : arrived) {
       Transfer* raw = transfer.get();
       raw->share = core->share;
+      raw->easy = core->TakeEasy();
       running.push_back(std::move(transfer));
       TransportError refused = raw->Prepare();
       if (refused == TransportError::kNone && curl_multi_add_handle(multi, raw->easy) != CURLM_OK) {

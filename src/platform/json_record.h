@@ -19,21 +19,35 @@
 // Decoding rules: the input must be one JSON object; a key that is absent or
 // holds null leaves its member absent (a required member then fails the
 // decode); a value of another JSON type than the member's fails the whole
-// decode; keys no member names are ignored. Integers must fit 64 bits. A number
-// written with a decimal point but an integral value (5.0, 1e2) is accepted for
-// an integer member: the platform decoders this kit grew up with judge the
-// value, not its spelling, and a service that writes 5.0 means 5. A fraction
-// (5.5) fails.
+// decode; keys no member names are ignored, and a key written twice counts
+// once, with its last value. Integers must fit 64 bits. A number written with
+// a decimal point but an integral value (5.0, 1e2) is accepted for an integer
+// member: the platform decoders this kit grew up with judge the value, not its
+// spelling, and a service that writes 5.0 means 5. A fraction (5.5) fails.
+// Malformed text anywhere fails the decode, also inside a value no member
+// reads. When several members fail, the first in declared order is reported.
+//
+// Limits: whatever its shape, an answer costs bounded memory and time. Text
+// longer than kMaxJsonBytes, nesting deeper than kMaxJsonDepth (objects and
+// arrays, counted from the top-level object) and an array of records with more
+// than kMaxJsonArrayRecords elements fail the decode. Each limit is far above
+// what the service sends: its largest answer is a few kilobytes, its records
+// nest four deep, and a balance answer carries a handful of recommendations.
 //
 // Failure texts are stable sentences that name the member and what was wrong,
 // e.g. `The data couldn't be read because "data.oboloBidId" should be an
 // integer but is a string.` They are what the API client hands to onFailure.
+//
+// Decoding reads the text with simdjson's On-Demand parser straight into the
+// records, without building a document tree (platform/json_record_decoder.h);
+// encoding and descriptions use nlohmann-json. Decoding is instantiated for
+// the kit's own records only, where each is defined.
 
 #ifndef OBOLO_PLATFORM_JSON_RECORD_H_
 #define OBOLO_PLATFORM_JSON_RECORD_H_
 
-#include <cmath>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -58,6 +72,7 @@ struct JsonRecordAccess {
 };
 
 namespace json_record_detail {
+struct DecodeAccess;
 struct NullVisit {
   template <class T>
   void operator()(std::string_view, T&) const {}
@@ -69,6 +84,11 @@ concept JsonRecord = requires(T& value) {
   { T::kName } -> std::convertible_to<std::string_view>;
   T::fields(value, json_record_detail::NullVisit{});
 };
+
+// The decoder's limits (see above).
+inline constexpr std::size_t kMaxJsonBytes = std::size_t{1} << 20;
+inline constexpr int kMaxJsonDepth = 64;
+inline constexpr std::size_t kMaxJsonArrayRecords = 4096;
 
 // The outcome of a decode: a record, or the sentence that says why not.
 template <class T>
@@ -88,175 +108,13 @@ class DecodeResult {
   const std::string& error() const { return error_; }
 
  private:
+  friend struct json_record_detail::DecodeAccess;  // fills a successful result's record in place
   DecodeResult(std::optional<T> value, std::string error) : value_(std::move(value)), error_(std::move(error)) {}
   std::optional<T> value_;
   std::string error_;
 };
 
 namespace json_record_detail {
-
-using Json = nlohmann::json;
-
-inline std::string CannotRead(const std::string& reason) {
-  return "The data couldn't be read because " + reason + ".";
-}
-
-inline std::string Quoted(const std::string& path) { return "\"" + path + "\""; }
-
-inline std::string Join(const std::string& path, std::string_view key) {
-  return path.empty() ? std::string(key) : path + "." + std::string(key);
-}
-
-inline const char* Article(std::string_view noun) {
-  return (!noun.empty() && std::string_view("aeiou").find(noun[0]) != std::string_view::npos) ? "an" : "a";
-}
-
-inline std::string KindOf(const Json& value) {
-  switch (value.type()) {
-    case Json::value_t::string:
-      return "a string";
-    case Json::value_t::boolean:
-      return "a boolean";
-    case Json::value_t::number_integer:
-    case Json::value_t::number_unsigned:
-      return "an integer";
-    case Json::value_t::number_float:
-      return "a number";
-    case Json::value_t::array:
-      return "an array";
-    case Json::value_t::object:
-      return "an object";
-    default:
-      return "null";
-  }
-}
-
-inline std::string Mismatch(const std::string& path, std::string_view expected, const Json& value) {
-  return CannotRead(Quoted(path) + " should be " + Article(expected) + " " + std::string(expected) + " but is " +
-                    KindOf(value));
-}
-
-// Reads one JSON object into a record's members, stopping at the first fault.
-class Decoder {
- public:
-  Decoder(const Json& object, std::string path) : object_(object), path_(std::move(path)) {}
-
-  std::optional<std::string> error;
-
-  void operator()(std::string_view key, bool& member) {
-    if (error) return;
-    const Json* value = Find(key);
-    if (value == nullptr) {
-      error = CannotRead(Quoted(Join(path_, key)) + " is missing");
-    } else if (!value->is_boolean()) {
-      error = Mismatch(Join(path_, key), "boolean", *value);
-    } else {
-      member = value->get<bool>();
-    }
-  }
-
-  void operator()(std::string_view key, std::optional<bool>& member) {
-    if (const Json* value = Present(key)) {
-      if (!value->is_boolean()) return Fail(Mismatch(Join(path_, key), "boolean", *value));
-      member = value->get<bool>();
-    }
-  }
-
-  void operator()(std::string_view key, std::optional<std::int64_t>& member) {
-    if (const Json* value = Present(key)) {
-      const std::string path = Join(path_, key);
-      switch (value->type()) {
-        case Json::value_t::number_integer:
-          member = value->get<std::int64_t>();
-          return;
-        case Json::value_t::number_unsigned: {
-          const auto number = value->get<std::uint64_t>();
-          if (number > static_cast<std::uint64_t>(INT64_MAX)) return Fail(TooLarge(path));
-          member = static_cast<std::int64_t>(number);
-          return;
-        }
-        case Json::value_t::number_float: {
-          const double number = value->get<double>();
-          if (std::isfinite(number) && std::trunc(number) != number) {
-            return Fail(CannotRead(Quoted(path) + " should be an integer but is a number with a fraction"));
-          }
-          // Strictly inside the range: an integer literal just below the
-          // smallest 64-bit value arrives rounded to exactly -2^63.
-          if (!(number > -9223372036854775808.0 && number < 9223372036854775808.0)) return Fail(TooLarge(path));
-          member = static_cast<std::int64_t>(number);
-          return;
-        }
-        default:
-          return Fail(Mismatch(path, "integer", *value));
-      }
-    }
-  }
-
-  void operator()(std::string_view key, std::optional<double>& member) {
-    if (const Json* value = Present(key)) {
-      if (!value->is_number()) return Fail(Mismatch(Join(path_, key), "number", *value));
-      member = value->get<double>();
-    }
-  }
-
-  void operator()(std::string_view key, std::optional<std::string>& member) {
-    if (const Json* value = Present(key)) {
-      if (!value->is_string()) return Fail(Mismatch(Join(path_, key), "string", *value));
-      member = *value->get_ptr<const Json::string_t*>();
-    }
-  }
-
-  template <JsonRecord R>
-  void operator()(std::string_view key, std::optional<R>& member) {
-    if (const Json* value = Present(key)) {
-      const std::string path = Join(path_, key);
-      if (!value->is_object()) return Fail(Mismatch(path, "object", *value));
-      R nested = JsonRecordAccess::Make<R>();
-      Decoder inner(*value, path);
-      R::fields(nested, inner);
-      if (inner.error) return Fail(std::move(*inner.error));
-      member = std::move(nested);
-    }
-  }
-
-  template <JsonRecord R>
-  void operator()(std::string_view key, std::optional<std::vector<R>>& member) {
-    if (const Json* value = Present(key)) {
-      const std::string path = Join(path_, key);
-      if (!value->is_array()) return Fail(Mismatch(path, "array", *value));
-      std::vector<R> elements;
-      elements.reserve(value->size());
-      for (size_t i = 0; i < value->size(); ++i) {
-        const Json& element = (*value)[i];
-        const std::string element_path = path + "[" + std::to_string(i) + "]";
-        if (!element.is_object()) return Fail(Mismatch(element_path, "object", element));
-        R nested = JsonRecordAccess::Make<R>();
-        Decoder inner(element, element_path);
-        R::fields(nested, inner);
-        if (inner.error) return Fail(std::move(*inner.error));
-        elements.push_back(std::move(nested));
-      }
-      member = std::move(elements);
-    }
-  }
-
- private:
-  static std::string TooLarge(const std::string& path) {
-    return CannotRead(Quoted(path) + " is a number that does not fit a 64-bit integer");
-  }
-
-  const Json* Find(std::string_view key) const {
-    auto it = object_.find(key);
-    if (it == object_.end() || it->is_null()) return nullptr;
-    return &*it;
-  }
-  // The member's value when decoding should go on and the key holds one.
-  const Json* Present(std::string_view key) const { return error ? nullptr : Find(key); }
-  void Fail(std::string text) { error = std::move(text); }
-
-  const Json& object_;
-  std::string path_;
-};
 
 class Encoder {
  public:
@@ -340,26 +198,16 @@ class Describer {
 
 }  // namespace json_record_detail
 
-// Decodes one record from JSON text.
+// Decodes one record from JSON text. The text is copied once, into a buffer
+// with the room after it that the parser reads ahead into.
 template <JsonRecord T>
-DecodeResult<T> DecodeRecord(std::string_view text) {
-  using json_record_detail::CannotRead;
-  const auto document = nlohmann::json::parse(text.begin(), text.end(), nullptr, /*allow_exceptions=*/false);
-  if (document.is_discarded()) {
-    return DecodeResult<T>::failure(
-        CannotRead(text.empty() ? std::string("the data is empty") : std::string("it isn't valid JSON")));
-  }
-  if (!document.is_object()) {
-    return DecodeResult<T>::failure(
-        CannotRead("the top level is " + json_record_detail::KindOf(document) + ", not an object"));
-  }
-  T record = JsonRecordAccess::Make<T>();
-  json_record_detail::Decoder decoder(document, "");
-  T::fields(record, decoder);
-  if (decoder.error) return DecodeResult<T>::failure(std::move(*decoder.error));
-  return DecodeResult<T>::success(std::move(record));
-}
+DecodeResult<T> DecodeRecord(std::string_view text);
 
+// The same for text the caller owns, such as an answer's body: the room is made
+// at the end of the string itself, so large text is not copied. `text` reads
+// the same afterwards (its capacity may have grown).
+template <JsonRecord T>
+DecodeResult<T> DecodeRecordInPlace(std::string& text);
 // The record as a JSON object with the same keys, absent members left out.
 template <JsonRecord T>
 nlohmann::ordered_json EncodeRecordJson(const T& record) {
