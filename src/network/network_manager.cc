@@ -1,5 +1,7 @@
 #include "network/network_manager.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstddef>
 #include <memory>
 #include <string_view>
@@ -35,7 +37,20 @@ constexpr LogContent kEnvelopeContent =
     std::is_same_v<Envelope, OboloData> || std::is_same_v<Envelope, NextTokenData> ? LogContent::kCredential
                                                                                  : LogContent::kDiagnostic;
 
-std::string Address(std::string_view path) { return API::BASE_URL() + std::string(path); }
+// The calls carry the reader's keys and tokens, so they go out over HTTPS only.
+// An address override that names anything else (a sandbox address typed with
+// http://, say) makes every call an invalid address: nothing is sent and no
+// closure runs, and the log says why.
+std::string Address(std::string_view path) {
+  const std::string& base = API::BASE_URL();
+  if (base.size() < 8 || !std::equal(base.begin(), base.begin() + 8, "https://", [](char a, char b) {
+        return std::tolower(static_cast<unsigned char>(a)) == b;
+      })) {
+    LogLine("Not sent: the service address is not an https address: " + base);
+    return {};
+  }
+  return base + std::string(path);
+}
 
 HttpRequest MakeRequest(std::string url, std::string_view method, std::string_view contentType) {
   HttpRequest request;
