@@ -47,6 +47,7 @@ enum class ServiceCall {
 // A value: observers may keep, copy and compare events. Members that a kind
 // does not carry keep their defaults.
 struct PaywallEvent {
+  // Which step of the purchase happened.
   PaywallEventKind kind = PaywallEventKind::notApplicable;
   // The address given to the Obolo that loaded the paywall. Wallet events
   // carry the article of the paywall that put the wallet button on the host

@@ -29,9 +29,12 @@
 
 namespace obolo {
 
+// What to draw: the service's answer, where the card sits and on which
+// screen, as a designer would choose them.
 struct CardPreviewRequest {
   // The service's answer to a bid, as JSON: {"success": ..., "data": {...}}.
   std::string bidAnswer;
+  // Where the card sits over the article.
   Position position = Position::center;
   // The reader's screen, in points, and its pixels per point.
   CGSize screen{390, 844};

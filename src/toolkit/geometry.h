@@ -65,10 +65,10 @@ struct CGRect {
 
 // Insets from each edge of a rectangle, as the platform's UIEdgeInsets.
 struct UIEdgeInsets {
-  CGFloat top = 0;
-  CGFloat left = 0;
-  CGFloat bottom = 0;
-  CGFloat right = 0;
+  CGFloat top = 0;     // from the top edge, in points
+  CGFloat left = 0;    // from the left edge
+  CGFloat bottom = 0;  // from the bottom edge
+  CGFloat right = 0;   // from the right edge
   friend bool operator==(const UIEdgeInsets&, const UIEdgeInsets&) = default;
 };
 

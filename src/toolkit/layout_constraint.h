@@ -63,6 +63,7 @@ inline constexpr UILayoutPriority UILayoutPriorityDefaultLow = 250;
 
 class NSLayoutConstraint : public NSObject {
  public:
+  // The priority a constraint has unless lowered: it must hold.
   static constexpr UILayoutPriority kPriorityRequired = UILayoutPriorityRequired;
 
   // The platform's constraintWithItem:attribute:relatedBy:toItem:attribute:
@@ -76,6 +77,9 @@ class NSLayoutConstraint : public NSObject {
   static void activate(const std::vector<std::shared_ptr<NSLayoutConstraint>>& constraints);
   static void deactivate(const std::vector<std::shared_ptr<NSLayoutConstraint>>& constraints);
 
+  // What the constraint relates: first item's attribute, the relation, the
+  // second item's attribute (no item for a fixed size) times the multiplier.
+  // The items are not kept alive by the constraint.
   std::shared_ptr<UIView> firstItem() const { return first_item_.lock(); }
   NSLayoutAttribute firstAttribute() const { return first_attribute_; }
   NSLayoutRelation relation() const { return relation_; }
@@ -139,9 +143,11 @@ class NSLayoutConstraint : public NSObject {
 // The returned constraints are inactive; activate them together.
 class NSLayoutAnchor {
  public:
+  // The anchor of `item`'s `attribute`; views hand these out (topAnchor() ...).
   NSLayoutAnchor(std::shared_ptr<UIView> item, NSLayoutAttribute attribute)
       : item_(std::move(item)), attribute_(attribute) {}
 
+  // This anchor at, at least, or at most `other` plus `constant` points.
   std::shared_ptr<NSLayoutConstraint> equalTo(const NSLayoutAnchor& other, CGFloat constant = 0) const;
   std::shared_ptr<NSLayoutConstraint> greaterThanOrEqualTo(const NSLayoutAnchor& other, CGFloat constant = 0) const;
   std::shared_ptr<NSLayoutConstraint> lessThanOrEqualTo(const NSLayoutAnchor& other, CGFloat constant = 0) const;

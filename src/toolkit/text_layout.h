@@ -19,9 +19,11 @@
 
 namespace obolo {
 
+// How a label or button title sets its text: what decides where its lines
+// break and how tall it is.
 struct TextStyle {
-  UIFont font = UIFont::systemFont(17);
-  NSTextAlignment alignment = NSTextAlignment::natural;
+  UIFont font = UIFont::systemFont(17);                  // face and size
+  NSTextAlignment alignment = NSTextAlignment::natural;  // within the width
   // At most this many lines; 0 for as many as the text needs.
   int numberOfLines = 1;
   // Word or character wrapping; the truncating and clipping modes wrap words
@@ -36,10 +38,10 @@ struct TextLine {
   std::size_t start = 0;   // byte offset of the line's first character
   std::size_t length = 0;  // bytes on the line; for a truncated line, the rest of the text
   CGFloat x = 0;           // left end (alignment applied within the width asked for)
-  CGFloat top = 0;
+  CGFloat top = 0;       // top of the line
   CGFloat baseline = 0;  // from the top of the box
-  CGFloat width = 0;
-  CGFloat height = 0;
+  CGFloat width = 0;   // of the text set on the line
+  CGFloat height = 0;  // from its top to the next line's
   // The line ends in an ellipsis in place of the text that did not fit: the
   // text from `start` on, set in one line within the width asked for.
   bool truncated = false;
@@ -51,6 +53,9 @@ struct TextLayout {
   std::vector<TextLine> lines;
 };
 
+// Measures and breaks text into lines; the layout pass asks it for labels'
+// sizes and the renderer draws the same lines. One shared service, so a text
+// measured is the text drawn.
 class TextLayoutService {
  public:
   virtual ~TextLayoutService() = default;

@@ -63,6 +63,7 @@ class UIButton : public UIControl {
   std::shared_ptr<UILabel> titleLabel();
   std::shared_ptr<UIImageView> imageView();
 
+  // Room kept between the button's edges and its image and title.
   UIEdgeInsets contentEdgeInsets() const { return content_insets_; }
   void setContentEdgeInsets(UIEdgeInsets insets);
   // The size the image is drawn at, in points. The toolkit's images have no

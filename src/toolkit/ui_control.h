@@ -82,6 +82,8 @@ class UIControl : public UIView {
   // The flags as one state: disabled, else highlighted, else selected, else normal.
   UIControlState state() const;
 
+  // Where the content sits across the control: centred unless set (the
+  // consent checkbox keeps its box and text at the left).
   UIControlContentHorizontalAlignment contentHorizontalAlignment() const { return content_alignment_; }
   void setContentHorizontalAlignment(UIControlContentHorizontalAlignment alignment) {
     content_alignment_ = alignment;

@@ -17,9 +17,11 @@ class UIFont {
   // The weights the family has.
   enum class Weight { regular, bold };
 
+  // The kit's font at `size` points (at least 1), regular or bold.
   static constexpr UIFont systemFont(CGFloat size, Weight weight = Weight::regular) { return {size, weight}; }
   static constexpr UIFont boldSystemFont(CGFloat size) { return {size, Weight::bold}; }
 
+  // Its size in points, its weight, and the same face at another size.
   constexpr CGFloat pointSize() const { return point_size_; }
   constexpr Weight weight() const { return weight_; }
   constexpr UIFont withSize(CGFloat size) const { return {size, weight_}; }

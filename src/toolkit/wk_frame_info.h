@@ -19,9 +19,9 @@ namespace obolo {
 // no such origin (a data: or about:blank page) has an opaque origin: an empty
 // protocol and host.
 struct WKSecurityOrigin {
-  std::string protocol;
-  std::string host;
-  int port = 0;
+  std::string protocol;  // "https", lower case
+  std::string host;      // lower case
+  int port = 0;          // 0 for the scheme's default
 
   // The origin of a page loaded from `url`: its scheme and host in lower case,
   // its port (0 when it names none or the scheme's default, 80 for http and
@@ -29,6 +29,7 @@ struct WKSecurityOrigin {
   // port number, gives an opaque origin.
   static WKSecurityOrigin of(const URL& url);
 
+  // An opaque origin is the same as no other, itself included.
   bool isOpaque() const { return protocol.empty() || host.empty(); }
   // True when both are the same non-opaque origin: scheme and host compared
   // without regard to case, a default port written out equal to 0.

@@ -19,16 +19,19 @@ namespace obolo {
 
 // One pixel's colour, not premultiplied, 0 to 255 per channel.
 struct RGBA {
-  std::uint8_t red = 0;
-  std::uint8_t green = 0;
-  std::uint8_t blue = 0;
-  std::uint8_t alpha = 0;
+  std::uint8_t red = 0;    // red channel
+  std::uint8_t green = 0;  // green channel
+  std::uint8_t blue = 0;   // blue channel
+  std::uint8_t alpha = 0;  // opacity: 0 transparent, 255 opaque
   friend bool operator==(const RGBA&, const RGBA&) = default;
 };
 
 // Readable values in test failures.
 std::ostream& operator<<(std::ostream& out, const RGBA& pixel);
 
+// A picture the renderer drew (or read), or why there is none: drawing can
+// fail (no fonts, no memory) and a host's test should say why, not crash.
+// Owns its pixels.
 class RenderedImage {
  public:
   // A failure.
@@ -39,6 +42,7 @@ class RenderedImage {
   // Reads a PNG file; a failure when it is missing or not a PNG.
   static RenderedImage FromPngFile(const std::string& path);
 
+  // Whether there is a picture; if not, error() says why.
   bool ok() const { return surface_ != nullptr; }
   const std::string& error() const { return error_; }
 
