@@ -2,11 +2,14 @@
 # Builds the libFuzzer targets with clang and runs each for a bounded number of
 # inputs, starting from the seed corpus in fuzz/corpus/.
 #   scripts/fuzz.sh [RUNS]     (default 20000 inputs per target)
+# Each target also stops after OBOLO_FUZZ_SECONDS (default 90): the slow ones
+# (the store's, which writes a SQLite file per input) keep CI's time bounded.
 # A crash leaves its input in build-fuzz/crashes/<target>/; turn it into a
 # regression test before fixing it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 runs=${1:-20000}
+seconds=${OBOLO_FUZZ_SECONDS:-90}
 
 OBOLO_SETUP_EXTRA="clang libclang-rt-14-dev" scripts/setup.sh
 build=build-fuzz
@@ -40,8 +43,8 @@ for target in $(ls "$build"/fuzz | grep '^fuzz_' ); do
     max_len=16384
     make_limit_seeds "$corpus"
   fi
-  echo "== $target: $runs inputs of up to $max_len bytes"
-  if ! "$build/fuzz/$target" -runs="$runs" -max_len="$max_len" -artifact_prefix="$build/crashes/$name/" \
+  echo "== $target: $runs inputs of up to $max_len bytes, at most $seconds s"
+  if ! "$build/fuzz/$target" -runs="$runs" -max_total_time="$seconds" -max_len="$max_len" -artifact_prefix="$build/crashes/$name/" \
       "$corpus" 2>"$build/$target.log"; then
     echo "$target FAILED; see $build/$target.log"
     tail -n 30 "$build/$target.log"
