@@ -16,6 +16,7 @@ obolo-bench-phone from the same run. Four tables:
 """
 
 import json
+import re
 import sys
 
 # (figure, kit benchmark, reference benchmark, what the reference is, target ratio or None, metric).
@@ -200,7 +201,7 @@ def round_trip_table(found, markdown):
             if benchmark == "BM_Phone_Purchase":
                 # "rt3_the customer bid" counters: each step's round trips, in order.
                 median = entries.get("median", {})
-                steps = sorted((name for name in median if name.startswith("rt") and "_" in name),
+                steps = sorted((name for name in median if re.match(r"rt\d+_", name)),
                                key=lambda name: int(name[2:name.index("_")]))
                 extra = "; " + ", ".join(f"{name[name.index('_') + 1:]} {median[name]:.0f}" for name in steps)
             met = "" if beyond is None else ("yes" if beyond <= ROUND_TRIP_SLACK_MS else "NO")
