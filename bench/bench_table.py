@@ -16,6 +16,7 @@ obolo-bench-phone from the same run. Four tables:
 """
 
 import json
+import re
 import sys
 
 # (figure, kit benchmark, reference benchmark, what the reference is, target ratio or None, metric).
@@ -109,11 +110,11 @@ HOSTILE_MEMORY_LIMIT_KIB = 16 * 1024
 
 # (figure, benchmark): each row is run at 25 and 150 ms one way.
 ROUND_TRIPS = [
-    ("7. time to card, warm connection", "BM_Phone_CardWarm"),
-    ("7b. time to card, new connection, TLS resumed", "BM_Phone_CardResumed"),
-    ("7c. time to card, cold start", "BM_Phone_CardCold"),
-    ("8. publisher logo beside the warm card", "BM_Phone_Logo"),
-    ("9. new reader's whole purchase", "BM_Phone_Purchase"),
+    ("11. time to card, warm connection", "BM_Phone_CardWarm"),
+    ("11b. time to card, new connection, TLS resumed", "BM_Phone_CardResumed"),
+    ("11c. time to card, cold start", "BM_Phone_CardCold"),
+    ("12. publisher logo beside the warm card", "BM_Phone_Logo"),
+    ("13. new reader's whole purchase", "BM_Phone_Purchase"),
 ]
 LINKS_MS = (25, 150)
 ROUND_TRIP_SLACK_MS = 2.0
@@ -232,7 +233,7 @@ def hostile_table(found, markdown):
     if "BM_Hostile_FullBid" not in found:
         return
     floor = found["BM_Hostile_FullBid"]
-    lines = [["6. normal full bid answer (floor)", show(value(floor, "median", "body_kib"), "kib"),
+    lines = [["10. normal full bid answer (floor)", show(value(floor, "median", "body_kib"), "kib"),
               show(value(floor, "median", "time")), show(value(floor, "median", "peak_added_kib"), "kib"), "—", ""]]
     for title, benchmark in HOSTILE:
         entries = found.get(benchmark)
@@ -242,7 +243,7 @@ def hostile_table(found, markdown):
         met = ""
         if held_max is not None and added is not None:
             met = "yes" if held_max <= HOSTILE_TIME_LIMIT_NS and added <= HOSTILE_MEMORY_LIMIT_KIB else "NO"
-        lines.append(["6. " + title, show(value(entries, "median", "body_kib"), "kib"),
+        lines.append(["10. " + title, show(value(entries, "median", "body_kib"), "kib"),
                       show(held) + f" (max {show(held_max)})", show(added, "kib"),
                       "≤ 100 ms, ≤ 16 MiB", met])
     print_table(["hostile answer", "body", "session thread held (median)", "peak memory added (max)", "target",
@@ -265,6 +266,12 @@ def round_trip_table(found, markdown):
             if benchmark == "BM_Phone_Logo":
                 after = value(entries, "median", "logo_after_card_ms")
                 extra = f"; lands {after:+.1f} ms after the card" if after is not None else ""
+            if benchmark == "BM_Phone_Purchase":
+                # "rt3_the customer bid" counters: each step's round trips, in order.
+                median = entries.get("median", {})
+                steps = sorted((name for name in median if re.match(r"rt\d+_", name)),
+                               key=lambda name: int(name[2:name.index("_")]))
+                extra = "; " + ", ".join(f"{name[name.index('_') + 1:]} {median[name]:.0f}" for name in steps)
             met = "" if beyond is None else ("yes" if beyond <= ROUND_TRIP_SLACK_MS else "NO")
             lines.append([
                 title,
@@ -297,7 +304,7 @@ def scale_table(found, markdown):
         target = "" if count != 1000 else f"≤ {SCALE_TARGET:.1f}× of 10"
         met = "" if count != 1000 or ratio is None else ("yes" if ratio <= SCALE_TARGET else "NO")
         lines.append([
-            f"10. {count} paywall{'s' if count > 1 else ''} at once",
+            f"14. {count} paywall{'s' if count > 1 else ''} at once",
             show(value(entries, "median", "time")) + spread(entries, "time"),
             show(per[count] * 1e3 if per[count] is not None else None),
             "n/a" if ratio is None else f"{ratio:.2f}×",

@@ -1,4 +1,4 @@
-// Figure 9: answers shaped to exhaust the client. Each body is under the
+// Figure 10: answers shaped to exhaust the client. Each body is under the
 // transport's cap (1 MiB); it is decoded as the HTTP session's thread decodes
 // every answer (in place, from the body the transfer filled), so the decode's
 // time is how long the body holds that thread, and every other completion

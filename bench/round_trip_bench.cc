@@ -1,4 +1,4 @@
-// Figures 6 and 7 (obolo-bench-phone): time to card as a phone on a mobile
+// Figures 11 and 12 (obolo-bench-phone): time to card as a phone on a mobile
 // link sees it, in round trips, and the publisher's logo beside it.
 //
 // The kit talks to the sandbox through a relay that delays every chunk by the

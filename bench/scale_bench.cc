@@ -1,4 +1,4 @@
-// Figure 10: how cost grows with the number of paywalls. 1, 10, 100 and 1000
+// Figure 14: how cost grows with the number of paywalls. 1, 10, 100 and 1000
 // paywalls are loaded at once on one host screen against the bench's sandbox,
 // by obolo-bench-scale-host in a process of its own, so its memory is the
 // kit's alone (the sandbox runs here). Reported: the time from the first

@@ -282,6 +282,7 @@ struct CurlHttpSession::Core {
     // of resuming. Only the session's thread uses the share, so it needs no
     // lock callbacks.
     if (share != nullptr) curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
+    LimitConnectionsPerHost(multi);
   }
   // The transfers' easy handles are gone by now: the thread cleans them up
   // before it ends.
@@ -289,6 +290,15 @@ struct CurlHttpSession::Core {
     for (CURL* easy : idle_easy) curl_easy_cleanup(easy);
     curl_multi_cleanup(multi);
     curl_share_cleanup(share);
+  }
+
+  // Transfers beyond kMaxHostConnections to one host wait inside libcurl for
+  // a connection to come free, then reuse it, as a phone's URL session does.
+  // Without a limit, 1000 paywalls opened at once would open 1000 connections
+  // (each a TLS handshake on both ends, and a server worker held for the
+  // keep-alive time). The wait counts toward the transfer's timeout.
+  static void LimitConnectionsPerHost(CURLM* multi) {
+    curl_multi_setopt(multi, CURLMOPT_MAX_HOST_CONNECTIONS, static_cast<long>(kMaxHostConnections));
   }
 
   // A finished transfer's easy handle, reset, for the next transfer: making
@@ -313,6 +323,7 @@ struct CurlHttpSession::Core {
   }
 
   static constexpr std::size_t kIdleEasyHandles = 8;
+  static constexpr int kMaxHostConnections = 6;
 
   std::mutex mutex;
   std::deque<std::unique_ptr<Transfer>> incoming;  // guarded by mutex

@@ -5,6 +5,9 @@
 // same thread runs the completion handlers, one at a time: a slow handler
 // delays other completions, as on a platform's serial delegate queue.
 //
+// At most six connections are open to one host at a time; further transfers
+// to it wait for one of them, as on a phone's URL session.
+//
 // Certificates are checked against the system's store. OBOLO_CA_FILE, read once
 // at first use, names a PEM file to trust instead: the sandbox prints such a
 // file for its self-signed certificate. The file is read at the first
