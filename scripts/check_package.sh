@@ -6,7 +6,8 @@
 #   3. every installed public header compiles on its own, and nothing but the
 #      public surface was installed;
 #   4. examples/host-app, a project of its own, builds out of tree with
-#      find_package(Obolo) and plays one purchase against obolo-sandbox;
+#      find_package(Obolo) and plays one purchase against obolo-sandbox, and
+#      fails when the sandbox refuses the payment;
 #   5. a project that takes the repository in with add_subdirectory() builds
 #      the kit alone (no tests) and links a program against Obolo::obolo.
 # Installs what it needs first. Any failure fails the script.
@@ -78,21 +79,43 @@ cp -r examples/host-app "$work/host-app"
 cmake -S "$work/host-app" -B "$work/host-app-build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 cmake --build "$work/host-app-build" -j "$jobs"
-"$build/sandbox/obolo-sandbox" >"$work/sandbox.out" 2>&1 &
-sandbox_pid=$!
-for _ in $(seq 1 100); do
-  grep -q '^export OBOLO_LOGIN_LOGO_URL=' "$work/sandbox.out" && break
-  kill -0 "$sandbox_pid" 2>/dev/null || { cat "$work/sandbox.out"; exit 1; }
-  sleep 0.1
-done
-# The sandbox prints the lines that point the kit at it.
-eval "$(grep '^export OBOLO_' "$work/sandbox.out")"
-unset OBOLO_BUNDLE_PATH
+# Starts obolo-sandbox with the given options and points the kit at it with
+# the export lines it prints.
+start_sandbox() {
+  "$build/sandbox/obolo-sandbox" "$@" >"$work/sandbox.out" 2>&1 &
+  sandbox_pid=$!
+  for _ in $(seq 1 100); do
+    grep -q '^export OBOLO_LOGIN_LOGO_URL=' "$work/sandbox.out" && break
+    kill -0 "$sandbox_pid" 2>/dev/null || { cat "$work/sandbox.out"; exit 1; }
+    sleep 0.1
+  done
+  eval "$(grep '^export OBOLO_' "$work/sandbox.out")"
+  unset OBOLO_BUNDLE_PATH
+}
+stop_sandbox() {
+  kill "$sandbox_pid"
+  wait "$sandbox_pid" 2>/dev/null || true
+  sandbox_pid=""
+}
+start_sandbox
 (cd "$work" && "$work/host-app-build/host-app") | tee "$work/host-app.out" | sed 's/^/   /'
 grep -q "kit resources: $prefix/share/obolo" "$work/host-app.out" || {
   echo "   the installed kit did not find its resources in $prefix/share/obolo"
   exit 1
 }
+stop_sandbox
+# The example's exit status is the purchase's: with tokens that expire as they
+# are issued, the payment is refused and the example must fail.
+start_sandbox --access-token-lifetime 0 --refresh-token-lifetime 0
+status=0
+(cd "$work" && "$work/host-app-build/host-app") >"$work/host-app-refused.out" 2>&1 || status=$?
+if [[ $status -ne 1 ]]; then
+  cat "$work/host-app-refused.out"
+  echo "   host-app exited with $status after a refused payment, not 1"
+  exit 1
+fi
+echo "   refused payment: $(tail -n 1 "$work/host-app-refused.out")"
+stop_sandbox
 
 step "5. add_subdirectory of the repository"
 mkdir -p "$work/consumer"
@@ -109,7 +132,8 @@ add_executable(one_file one_file.cc)
 target_link_libraries(one_file PRIVATE Obolo::obolo)
 CONSUMER
 cp "$work/one_file.cc" "$work/consumer/"
-cmake -S "$work/consumer" -B "$work/consumer-build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+# Release: no debug information to write, for the one build ccache cannot share.
+cmake -S "$work/consumer" -B "$work/consumer-build" -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build "$work/consumer-build" -j "$jobs" --target one_file >/dev/null
 "$work/consumer-build/one_file" | sed 's/^/   /'
 

@@ -26,6 +26,7 @@ done
 export OBOLO_DOCS_INPUT="$out/prefix/include/obolo"
 export OBOLO_DOCS_OUTPUT="$out"
 export OBOLO_DOCS_FILTER="${filter[*]}"
+export OBOLO_DOCS_PAGES="$PWD/docs/obolo.dox"
 OBOLO_VERSION=$(sed -n 's/^project(obolo VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 export OBOLO_VERSION
 doxygen docs/Doxyfile

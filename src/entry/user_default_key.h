@@ -17,6 +17,7 @@
 
 namespace obolo {
 
+// The session records the store keeps, one name each.
 enum class UserDefaultKey { deviceKey, accessToken, refreshToken, email, customerId };
 
 // The key's name in the store: "deviceKey", "accessToken", "refreshToken",

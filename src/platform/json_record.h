@@ -216,6 +216,7 @@ nlohmann::ordered_json EncodeRecordJson(const T& record) {
   return std::move(encoder.object);
 }
 
+// The record as compact JSON text; text that is not UTF-8 becomes U+FFFD.
 template <JsonRecord T>
 std::string EncodeRecord(const T& record) {
   return EncodeRecordJson(record).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);

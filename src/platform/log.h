@@ -23,6 +23,8 @@ namespace obolo {
 // can keep the diagnostics and drop the secrets.
 enum class LogContent { kDiagnostic, kCredential };
 
+// Receives each line the kit writes, with what it carries; called on the
+// thread that logs.
 using LogSink = std::function<void(std::string_view line, LogContent content)>;
 
 // Replaces the sink for every later line. An empty function restores the

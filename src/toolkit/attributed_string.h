@@ -24,6 +24,7 @@ enum class NSAttributedStringKey { foregroundColor, underlineColor, underlineSty
 // The platform's underline styles (raw values).
 enum class NSUnderlineStyle : int { none = 0, single = 1, thick = 2, doubleLine = 9 };
 
+// An attribute's value: a colour or an underline style.
 using NSAttributeValue = std::variant<UIColor, NSUnderlineStyle>;
 
 // A stretch of the text: first byte and number of bytes.

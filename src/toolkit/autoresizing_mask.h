@@ -16,6 +16,8 @@ enum class UIViewAutoresizing : unsigned {
   flexibleBottomMargin = 1 << 5,
 };
 
+// The option set's operations: union, intersection, whether every option of
+// `option` is in `mask`, and the platform's raw bits.
 constexpr UIViewAutoresizing operator|(UIViewAutoresizing a, UIViewAutoresizing b) {
   return static_cast<UIViewAutoresizing>(static_cast<unsigned>(a) | static_cast<unsigned>(b));
 }

@@ -11,6 +11,7 @@
 
 namespace obolo {
 
+// Lengths and coordinates, in points.
 using CGFloat = double;
 
 // A point in the screen's coordinates: points, y growing downwards.

@@ -8,6 +8,7 @@
 
 namespace obolo {
 
+// The image formats the kit decodes.
 enum class ImageFormat { png, jpeg, gif, webp };
 
 // The format whose signature the bytes start with: the PNG signature, a JPEG

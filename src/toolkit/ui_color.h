@@ -46,6 +46,7 @@ class UIColor {
   CGFloat alpha_;
 };
 
+// Writes "UIColor(red, green, blue, alpha)", for logs and test messages.
 std::ostream& operator<<(std::ostream& out, const UIColor& color);
 
 }  // namespace obolo

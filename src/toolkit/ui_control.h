@@ -24,6 +24,7 @@ enum class UIControlEvent : unsigned {
   primaryActionTriggered = 1u << 13,
 };
 
+// The union of two sets of events.
 constexpr UIControlEvent operator|(UIControlEvent a, UIControlEvent b) {
   return static_cast<UIControlEvent>(static_cast<unsigned>(a) | static_cast<unsigned>(b));
 }

@@ -22,6 +22,8 @@
 
 namespace obolo {
 
+// How the image is drawn: as the context decides, in its own colours, or as a
+// template tinted with the view's tint colour.
 enum class UIImageRenderingMode { automatic = 0, alwaysOriginal = 1, alwaysTemplate = 2 };
 
 class UIImage {

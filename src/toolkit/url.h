@@ -42,6 +42,7 @@ class URL {
   std::string text_;
 };
 
+// Writes the URL's absolute string.
 std::ostream& operator<<(std::ostream& out, const URL& url);
 
 }  // namespace obolo

@@ -29,6 +29,7 @@ std::shared_ptr<NSObject> FirstTopLevelObject(const std::string& name);
 void LogNibTypeMismatch(const std::string& name);
 }  // namespace internal
 
+// The layout named after T, built, as a T; null when there is none (above).
 template <class T>
 std::shared_ptr<T> fromNib() {
   const std::string name = UnqualifiedTypeName(typeid(T));

@@ -16,6 +16,7 @@ namespace obolo {
 // (0, 0), radius 5, corner radius 40. Clipping is left as it is.
 void addShadow(UIView& view);
 
+// Shows or hides the view now.
 void show(UIView& view);
 void hide(UIView& view);
 
