@@ -2,14 +2,14 @@
 # Builds the libFuzzer targets with clang and runs each for a bounded number of
 # inputs, starting from the seed corpus in fuzz/corpus/.
 #   scripts/fuzz.sh [RUNS]     (default 20000 inputs per target)
-# Each target also stops after OBOLO_FUZZ_SECONDS (default 90): the slow ones
+# Each target also stops after OBOLO_FUZZ_SECONDS (default 60): the slow ones
 # (the store's, which writes a SQLite file per input) keep CI's time bounded.
 # A crash leaves its input in build-fuzz/crashes/<target>/; turn it into a
 # regression test before fixing it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 runs=${1:-20000}
-seconds=${OBOLO_FUZZ_SECONDS:-90}
+seconds=${OBOLO_FUZZ_SECONDS:-60}
 
 OBOLO_SETUP_EXTRA="clang libclang-rt-14-dev" scripts/setup.sh
 build=build-fuzz
