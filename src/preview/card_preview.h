@@ -54,6 +54,8 @@ struct CardPreview {
   std::string outcome;
 };
 
+// Draws what the kit would show for the request's answer (see above for the
+// threading and what it borrows meanwhile).
 CardPreview RenderCardPreview(const CardPreviewRequest& request);
 
 }  // namespace obolo

@@ -53,6 +53,7 @@ enum class NSLayoutAttribute {
   centerY = 10,
 };
 
+// How the two sides of a constraint compare.
 enum class NSLayoutRelation { lessThanOrEqual = -1, equal = 0, greaterThanOrEqual = 1 };
 
 // 1 to 1000; 1000 is required.

@@ -65,6 +65,7 @@ enum class UIViewContentMode {
   bottomRight = 12,
 };
 
+// The direction a hugging or compression priority applies in.
 enum class UILayoutConstraintAxis { horizontal = 0, vertical = 1 };
 
 // A size component with no intrinsic value (the platform's UIViewNoIntrinsicMetric).
