@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <utility>
 
 #include "toolkit/kit_fonts.h"
 #include "toolkit/text_style_pango.h"
@@ -13,7 +15,24 @@ namespace {
 
 CGFloat Points(int pango_units) { return static_cast<CGFloat>(pango_units) / PANGO_SCALE; }
 
+// How many layouts are kept, and the longest text kept (a longer one, say an
+// article's whole body, is laid out each time rather than held).
+constexpr std::size_t kRecentLayouts = 256;
+constexpr std::size_t kLongestKeptText = 2048;
+
 }  // namespace
+
+std::size_t PangoTextLayout::KeyHash::operator()(const Key& key) const {
+  std::size_t hash = std::hash<std::string>()(key.text);
+  auto mix = [&hash](std::size_t value) { hash ^= value + 0x9e3779b97f4a7c15ULL + (hash << 6) + (hash >> 2); };
+  mix(std::hash<double>()(key.width));
+  mix(std::hash<double>()(key.style.font.pointSize()));
+  mix(static_cast<std::size_t>(key.style.font.weight()));
+  mix(static_cast<std::size_t>(key.style.alignment));
+  mix(static_cast<std::size_t>(key.style.numberOfLines));
+  mix(static_cast<std::size_t>(key.style.lineBreakMode));
+  return hash;
+}
 
 PangoTextLayout::~PangoTextLayout() {
   if (context_ != nullptr) g_object_unref(context_);
@@ -45,6 +64,11 @@ TextLayout PangoTextLayout::layout(std::string_view text, const TextStyle& style
   if (text.empty()) return result;
   std::lock_guard<std::mutex> lock(mutex_);
   if (!ready()) return result;
+  Key key{std::string(text), style, width > 0 ? width : 0};
+  if (auto found = recent_index_.find(key); found != recent_index_.end()) {
+    recent_.splice(recent_.begin(), recent_, found->second);
+    return found->second->second;
+  }
 
   PangoLayout* layout = pango_layout_new(context_);
   pango_layout_set_text(layout, text.data(), static_cast<int>(text.size()));
@@ -85,6 +109,14 @@ TextLayout PangoTextLayout::layout(std::string_view text, const TextStyle& style
     bottom = std::max(bottom, line.top + line.height);
   }
   result.size = CGSize{std::ceil(right), std::ceil(bottom)};
+
+  if (key.text.size() > kLongestKeptText) return result;
+  recent_.emplace_front(std::move(key), result);
+  recent_index_[recent_.front().first] = recent_.begin();
+  if (recent_.size() > kRecentLayouts) {
+    recent_index_.erase(recent_.back().first);
+    recent_.pop_back();
+  }
   return result;
 }
 

@@ -15,65 +15,148 @@ constexpr double kZero = 1e-9;
 // below anything a point-rounded frame shows.
 constexpr double kTolerance = 1e-6;
 
-// Equations kept in row echelon form as they arrive: each new one is reduced
-// by the ones before it and either becomes a row of its own (with a pivot
-// variable no earlier row has), turns out to follow from them, or contradicts
-// them.
+// A sparse linear combination of variables, sorted by variable.
+using Sparse = std::vector<PrioritySolver::Term>;
+
+double CoefficientOf(const Sparse& terms, std::size_t variable) {
+  auto it = std::lower_bound(terms.begin(), terms.end(), variable,
+                             [](const PrioritySolver::Term& t, std::size_t v) { return t.variable < v; });
+  return it != terms.end() && it->variable == variable ? it->coefficient : 0.0;
+}
+
+// target += scale × source, dropping what cancels out; `scratch` is reused
+// storage.
+void AddScaled(Sparse& target, const Sparse& source, double scale, Sparse& scratch) {
+  scratch.clear();
+  auto a = target.begin();
+  auto b = source.begin();
+  while (a != target.end() || b != source.end()) {
+    PrioritySolver::Term term;
+    if (b == source.end() || (a != target.end() && a->variable < b->variable)) {
+      term = *a++;
+    } else if (a == target.end() || b->variable < a->variable) {
+      term = {b->variable, scale * b->coefficient};
+      ++b;
+    } else {
+      term = {a->variable, a->coefficient + scale * b->coefficient};
+      ++a;
+      ++b;
+    }
+    if (std::abs(term.coefficient) > kZero) scratch.push_back(term);
+  }
+  target.swap(scratch);
+}
+
+// Equations kept in reduced form as they arrive (Gauss-Jordan, sparse): each
+// kept row has a pivot variable with coefficient 1 that appears in no other
+// row, so a new equation is reduced by one substitution per pivot it names,
+// and then either becomes a row of its own, turns out to follow from the rows
+// kept, or contradicts them. Rows name a handful of variables each, so the
+// work follows the number of terms, not the square of the variables.
 class Elimination {
  public:
-  explicit Elimination(std::size_t width) : width_(width) {}
+  explicit Elimination(std::size_t width) : pivot_row_(width, kNone), users_(width) {}
 
   // False when the equation contradicts the rows kept so far (it is not kept).
-  bool add(const std::vector<double>& coefficients, double constant) {
-    Row row{coefficients, constant, 0};
-    for (const Row& kept : rows_) {
-      const double factor = row.a[kept.pivot];
-      if (std::abs(factor) <= kZero) continue;
-      const double scale = factor / kept.a[kept.pivot];
-      for (std::size_t j = 0; j < width_; ++j) row.a[j] -= scale * kept.a[j];
-      row.b -= scale * kept.b;
-      row.a[kept.pivot] = 0;
+  bool add(const Sparse& equation, double constant) {
+    const double scale = std::max(1.0, std::abs(constant));
+    terms_ = equation;
+    pivots_.clear();
+    for (const auto& term : terms_) {
+      if (pivot_row_[term.variable] != kNone) pivots_.push_back(term.variable);
     }
-    std::size_t pivot = 0;
-    double largest = 0;
-    for (std::size_t j = 0; j < width_; ++j) {
-      if (std::abs(row.a[j]) > largest) {
-        largest = std::abs(row.a[j]);
-        pivot = j;
-      }
+    // A kept row names its pivot and otherwise only variables that are no
+    // row's pivot, so substituting one brings in no other pivot.
+    for (std::size_t variable : pivots_) {
+      const Row& row = rows_[pivot_row_[variable]];
+      const double factor = CoefficientOf(terms_, variable);
+      if (factor == 0) continue;
+      AddScaled(terms_, row.terms, -factor, scratch_);
+      constant -= factor * row.constant;
     }
-    if (largest <= kZero) return std::abs(row.b) <= kTolerance * std::max(1.0, std::abs(constant));
-    row.pivot = pivot;
-    rows_.push_back(std::move(row));
+    if (terms_.empty()) return std::abs(constant) <= kTolerance * scale;
+
+    // The pivot is the largest coefficient, the last variable among equals:
+    // where a relation leaves two values open (one edge a fixed distance from
+    // another), the earlier one keeps its fallback and the later one follows.
+    auto largest = terms_.begin();
+    for (auto it = terms_.begin(); it != terms_.end(); ++it) {
+      if (std::abs(it->coefficient) >= std::abs(largest->coefficient)) largest = it;
+    }
+    const std::size_t pivot = largest->variable;
+    const double divisor = largest->coefficient;
+    for (auto& term : terms_) term.coefficient /= divisor;
+    constant /= divisor;
+    // The new pivot leaves every row that names it (users_ may list rows that
+    // no longer do; they are skipped).
+    for (std::size_t index : users_[pivot]) {
+      Row& row = rows_[index];
+      const double factor = CoefficientOf(row.terms, pivot);
+      if (factor == 0) continue;
+      AddScaled(row.terms, terms_, -factor, scratch_);
+      row.constant -= factor * constant;
+      noteUsers(index);
+    }
+    pivot_row_[pivot] = rows_.size();
+    rows_.push_back(Row{terms_, constant, pivot});
+    noteUsers(rows_.size() - 1);
     return true;
   }
 
-  // Back substitution; variables that are no row's pivot keep `values`.
+  // Variables that are no row's pivot keep `values`; each pivot takes what its
+  // row says of them.
   void solveInto(std::vector<double>& values) const {
-    for (auto row = rows_.rbegin(); row != rows_.rend(); ++row) {
-      double sum = row->b;
-      for (std::size_t j = 0; j < width_; ++j) {
-        if (j != row->pivot) sum -= row->a[j] * values[j];
+    for (const Row& row : rows_) {
+      double sum = row.constant;
+      for (const auto& term : row.terms) {
+        if (term.variable != row.pivot) sum -= term.coefficient * values[term.variable];
       }
-      values[row->pivot] = sum / row->a[row->pivot];
+      values[row.pivot] = sum;
     }
   }
 
  private:
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
   struct Row {
-    std::vector<double> a;
-    double b;
+    Sparse terms;
+    double constant;
     std::size_t pivot;
   };
-  std::size_t width_;
+
+  void noteUsers(std::size_t index) {
+    for (const auto& term : rows_[index].terms) {
+      auto& users = users_[term.variable];
+      if (users.empty() || users.back() != index) users.push_back(index);
+    }
+  }
+
   std::vector<Row> rows_;
+  std::vector<std::size_t> pivot_row_;
+  std::vector<std::vector<std::size_t>> users_;  // by variable: rows that may name it
+  Sparse terms_, scratch_;
+  std::vector<std::size_t> pivots_;
 };
+
+// The terms sorted by variable, with repeated variables summed.
+Sparse Normalized(Sparse terms) {
+  std::sort(terms.begin(), terms.end(), [](const auto& a, const auto& b) { return a.variable < b.variable; });
+  Sparse merged;
+  for (const auto& term : terms) {
+    if (!merged.empty() && merged.back().variable == term.variable) {
+      merged.back().coefficient += term.coefficient;
+    } else {
+      merged.push_back(term);
+    }
+  }
+  std::erase_if(merged, [](const auto& term) { return std::abs(term.coefficient) <= kZero; });
+  return merged;
+}
 
 }  // namespace
 
 std::size_t PrioritySolver::add(std::vector<Term> terms, Relation relation, double constant, float priority) {
   std::erase_if(terms, [this](const Term& term) { return term.variable >= variable_count_; });
-  rules_.push_back(Rule{std::move(terms), relation, constant, priority});
+  rules_.push_back(Rule{Normalized(std::move(terms)), relation, constant, priority});
   return rules_.size() - 1;
 }
 
@@ -110,19 +193,11 @@ std::vector<double> PrioritySolver::solve(const std::vector<double>& fallback) {
   for (std::size_t round = 0; round <= rules_.size(); ++round) {
     Elimination elimination(variable_count_);
     dropped_.clear();
-    std::vector<double> coefficients(variable_count_);
     for (std::size_t index : order) {
       if (!joined[index]) continue;
-      std::fill(coefficients.begin(), coefficients.end(), 0.0);
-      for (const Term& term : rules_[index].terms) coefficients[term.variable] += term.coefficient;
-      if (!elimination.add(coefficients, rules_[index].constant)) dropped_.push_back(index);
+      if (!elimination.add(rules_[index].terms, rules_[index].constant)) dropped_.push_back(index);
     }
-    // The fallbacks, last: they decide only what nothing else did.
-    for (std::size_t v = 0; v < variable_count_; ++v) {
-      std::fill(coefficients.begin(), coefficients.end(), 0.0);
-      coefficients[v] = 1;
-      elimination.add(coefficients, start[v]);
-    }
+    // What nothing decided keeps its fallback.
     values = start;
     elimination.solveInto(values);
 

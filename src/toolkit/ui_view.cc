@@ -76,6 +76,7 @@ void UIView::setBounds(CGRect bounds) {
 }
 
 void UIView::resizeSubviews(CGSize old_size) {
+  needs_solve_ = true;
   setNeedsLayout();
   if (!autoresizes_subviews_) return;
   const auto children = subviews_;  // a subview's resize cannot change this list, but be safe
@@ -128,6 +129,9 @@ void UIView::attach(const std::shared_ptr<UIView>& view, std::size_t index) {
   view->removeFromSuperview();
   subviews_.insert(subviews_.begin() + static_cast<std::ptrdiff_t>(std::min(index, subviews_.size())), view);
   view->superview_ = self;
+  // Its own constraints are solved again in the tree it joins.
+  view->needs_solve_ = true;
+  view->needs_layout_ = true;
   setNeedsScopeLayout();
   view->didMoveToSuperview();
   didAddSubview(view);
@@ -262,6 +266,7 @@ void UIView::setNeedsScopeLayout() {
     if (!parent) break;
     view = parent.get();
   }
+  view->needs_solve_ = true;
   view->setNeedsLayout();
 }
 
@@ -298,6 +303,8 @@ void UIView::layoutMarkedSubtree() {
 }
 
 void UIView::layoutSubviews() {
+  if (!needs_solve_) return;
+  needs_solve_ = false;
   if (translates_ || superview_.expired()) LayoutEngine::solveScope(*this);
 }
 

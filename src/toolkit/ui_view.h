@@ -166,7 +166,8 @@ class UIView : public NSObject {
   bool translatesAutoresizingMaskIntoConstraints() const { return translates_; }
   void setTranslatesAutoresizingMaskIntoConstraints(bool translates);
 
-  // Marks this view's subviews as needing to be placed again.
+  // Marks this view's subviews as needing to be placed again. The
+  // constraints are solved again only when something they depend on changed.
   void setNeedsLayout();
   bool needsLayout() const { return needs_layout_; }
   // Runs the pending layout of this view's whole tree now (from its root), so
@@ -258,6 +259,9 @@ class UIView : public NSObject {
   UIViewContentMode content_mode_ = UIViewContentMode::scaleToFill;
   bool translates_ = true;
   bool needs_layout_ = true;
+  // This view is a scope root whose constraints must be solved again (its
+  // size, constraints, intrinsic sizes or constrained subviews changed).
+  bool needs_solve_ = true;
   bool layout_scheduled_ = false;
   UILayoutPriority hugging_[2] = {UILayoutPriorityDefaultLow, UILayoutPriorityDefaultLow};
   UILayoutPriority compression_[2] = {UILayoutPriorityDefaultHigh, UILayoutPriorityDefaultHigh};

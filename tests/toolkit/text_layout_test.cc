@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <string>
+#include <vector>
 
 namespace obolo {
 namespace {
@@ -54,6 +55,37 @@ TEST(TextLayoutTest, TextWrapsWithinTheWidthAndANarrowerWidthNeedsMoreLines) {
     previousLines = layout.lines.size();
     previousHeight = layout.size.height;
   }
+}
+
+// Layouts are kept and handed out again: asking again, in between for the
+// same text in other styles and widths, gives each its own answer.
+TEST(TextLayoutTest, AskingAgainGivesTheSameAnswerForEachStyleAndWidth) {
+  auto service = TextLayoutService::shared();
+  const struct {
+    TextStyle style;
+    CGFloat width;
+  } asks[] = {{Style(), 310},          {Style(), 120},          {Style(15, 2), 120},
+              {Style(22), 310},        {Style(15, 0, NSTextAlignment::center), 310}};
+  std::vector<TextLayout> first;
+  for (const auto& ask : asks) first.push_back(service->layout(kPrompt, ask.style, ask.width));
+  EXPECT_GT(first[1].lines.size(), first[0].lines.size()) << "narrower wraps more";
+  EXPECT_EQ(first[2].lines.size(), 2u) << "two lines at most";
+  EXPECT_GT(first[3].size.height, first[0].size.height) << "a larger font is taller";
+  EXPECT_GT(first[4].lines[0].x, first[0].lines[0].x) << "centred lines move right";
+  for (int round = 0; round < 2; ++round) {
+    for (std::size_t i = std::size(asks); i-- > 0;) {
+      const TextLayout again = service->layout(kPrompt, asks[i].style, asks[i].width);
+      EXPECT_EQ(again.size, first[i].size) << i;
+      ASSERT_EQ(again.lines.size(), first[i].lines.size()) << i;
+      for (std::size_t l = 0; l < again.lines.size(); ++l) {
+        EXPECT_EQ(again.lines[l].start, first[i].lines[l].start) << i;
+        EXPECT_EQ(again.lines[l].x, first[i].lines[l].x) << i;
+      }
+    }
+  }
+  const std::string other = std::string(kPrompt) + " Read on.";
+  const TextLine last = service->layout(other, Style(), 310).lines.back();
+  EXPECT_EQ(last.start + last.length, other.size()) << "another text is laid out anew";
 }
 
 TEST(TextLayoutTest, ALineLimitTruncatesTheLastLineWithAnEllipsis) {

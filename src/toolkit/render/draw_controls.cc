@@ -77,8 +77,11 @@ void DrawWebPage(DrawContext& context, const WKWebView& web) {
   SetColor(cr, kOutline);
   cairo_stroke(cr);
   Padlock(cr, bar.minX() + 12, bar.minY() + 9, kAddressText);
+  // The bar shows the site's host, as a phone's address bar does (the
+  // padlock stands for https); what has no host shows whole ("about:blank").
   const auto url = web.url();
-  const std::string address = url ? url->absoluteString() : "about:blank";
+  std::string address = url ? url->host() : std::string();
+  if (address.empty()) address = url ? url->absoluteString() : "about:blank";
   cairo_save(cr);
   cairo_rectangle(cr, bar.minX() + 30, bar.minY(), std::max(bar.width() - 40, 0.0), bar.height());
   cairo_clip(cr);
