@@ -1,11 +1,13 @@
 #include "tools/obolo-render/render_options.h"
 
+#include <CLI/CLI.hpp>
 #include <cstdlib>
+#include <memory>
 
 namespace obolo::tools {
 namespace {
 
-// A positive number, all of `text`; none otherwise.
+// A positive number, all of `text`; false otherwise.
 bool ParseNumber(const std::string& text, double& out) {
   if (text.empty()) return false;
   char* end = nullptr;
@@ -15,95 +17,90 @@ bool ParseNumber(const std::string& text, double& out) {
   return true;
 }
 
+// "WIDTHxHEIGHT" in points, each side at most 4096; false otherwise.
+bool ParseSize(const std::string& text, CGSize& out) {
+  const auto x = text.find('x');
+  double width = 0, height = 0;
+  if (x == std::string::npos || !ParseNumber(text.substr(0, x), width) || !ParseNumber(text.substr(x + 1), height) ||
+      width > 4096 || height > 4096) {
+    return false;
+  }
+  out = CGSize{width, height};
+  return true;
+}
+
+// The command line, writing what it reads into `options`.
+std::unique_ptr<CLI::App> RenderCommandLine(const std::string& program, RenderToolOptions& options) {
+  auto app = std::make_unique<CLI::App>(
+      "Draws the paywall as the kit shows it for a bid answer: the JSON the service sends back\n"
+      "for a bid (\"-\" reads it from standard input). The kit's own logic decides from the\n"
+      "answer whether the card, the thank-you splash or nothing shows; nothing goes over the\n"
+      "network.",
+      program);
+  app->get_formatter()->column_width(22);
+  app->add_option("--bid", options.bidFile, "the service's answer to a bid, as JSON")
+      ->type_name("FILE")
+      ->required();
+  app->add_option("-o,--output", options.outputFile, "where to write the picture (PNG)")
+      ->type_name("FILE")
+      ->required();
+  app->add_option_function<std::string>(
+         "--position",
+         [&options](const std::string& name) {
+           options.position = name == "top" ? Position::top : name == "bottom" ? Position::bottom : Position::center;
+         },
+         "where the card sits: top, center (default) or bottom")
+      ->type_name("P")
+      ->check([](const std::string& name) {
+        return name == "top" || name == "center" || name == "bottom"
+                   ? std::string()
+                   : "unknown position '" + name + "' (top, center or bottom)";
+      });
+  app->add_option_function<std::string>(
+         "--size", [&options](const std::string& text) { ParseSize(text, options.screen); },
+         "the reader's screen in points (default 390x844)")
+      ->type_name("WxH")
+      ->check([](const std::string& text) {
+        CGSize unused;
+        return ParseSize(text, unused) ? std::string()
+                                       : "--size takes WIDTHxHEIGHT in points, such as 390x844, not '" + text + "'";
+      });
+  app->add_option_function<std::string>(
+         "--scale", [&options](const std::string& text) { ParseNumber(text, options.scale); },
+         "pixels per point (default 2)")
+      ->type_name("N")
+      ->check([](const std::string& text) {
+        double scale = 0;
+        return ParseNumber(text, scale) && scale <= 4
+                   ? std::string()
+                   : "--scale takes pixels per point up to 4, such as 2, not '" + text + "'";
+      });
+  app->add_option("--logo", options.logoFile,
+                  "the publisher's logo (PNG, JPEG, GIF or WebP); without it, loading")
+      ->type_name("FILE");
+  return app;
+}
+
 }  // namespace
 
 RenderToolOptions ParseRenderToolOptions(const std::vector<std::string>& arguments) {
   RenderToolOptions options;
-  for (std::size_t i = 0; i < arguments.size(); ++i) {
-    std::string option = arguments[i];
-    std::string value;
-    bool hasValue = false;
-    if (const auto equals = option.find('='); option.starts_with("--") && equals != std::string::npos) {
-      value = option.substr(equals + 1);
-      option = option.substr(0, equals);
-      hasValue = true;
-    }
-    auto takeValue = [&]() -> bool {
-      if (hasValue) return true;
-      if (i + 1 >= arguments.size()) {
-        options.error = option + " needs a value";
-        return false;
-      }
-      value = arguments[++i];
-      return true;
-    };
-
-    if (option == "--help" || option == "-h") {
-      options.help = true;
-    } else if (option == "--bid") {
-      if (!takeValue()) return options;
-      options.bidFile = value;
-    } else if (option == "--output" || option == "-o") {
-      if (!takeValue()) return options;
-      options.outputFile = value;
-    } else if (option == "--logo") {
-      if (!takeValue()) return options;
-      options.logoFile = value;
-    } else if (option == "--position") {
-      if (!takeValue()) return options;
-      if (value == "top") {
-        options.position = Position::top;
-      } else if (value == "center") {
-        options.position = Position::center;
-      } else if (value == "bottom") {
-        options.position = Position::bottom;
-      } else {
-        options.error = "unknown position '" + value + "' (top, center or bottom)";
-        return options;
-      }
-    } else if (option == "--size") {
-      if (!takeValue()) return options;
-      const auto x = value.find('x');
-      double width = 0, height = 0;
-      if (x == std::string::npos || !ParseNumber(value.substr(0, x), width) ||
-          !ParseNumber(value.substr(x + 1), height) || width > 4096 || height > 4096) {
-        options.error = "--size takes WIDTHxHEIGHT in points, such as 390x844, not '" + value + "'";
-        return options;
-      }
-      options.screen = CGSize{width, height};
-    } else if (option == "--scale") {
-      if (!takeValue()) return options;
-      if (!ParseNumber(value, options.scale) || options.scale > 4) {
-        options.error = "--scale takes pixels per point from 0.25 to 4, such as 2, not '" + value + "'";
-        return options;
-      }
-    } else {
-      options.error = "unknown option '" + arguments[i] + "'";
-      return options;
-    }
-  }
-  if (!options.help && (options.bidFile.empty() || options.outputFile.empty())) {
-    options.error = "--bid and --output are needed";
+  auto app = RenderCommandLine("obolo-render", options);
+  // CLI11 takes the arguments last first.
+  std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+  try {
+    app->parse(reversed);
+  } catch (const CLI::CallForHelp&) {
+    options.help = true;
+  } catch (const CLI::ParseError& error) {
+    options.error = error.what();
   }
   return options;
 }
 
 std::string RenderToolUsage(const std::string& program) {
-  return "usage: " + program +
-         " --bid FILE --output FILE [--position top|center|bottom] [--size WxH] [--scale N] [--logo FILE]\n"
-         "\n"
-         "Draws the paywall as the kit shows it for a bid answer: the JSON the service sends back\n"
-         "for a bid (\"-\" reads it from standard input). The kit's own logic decides from the\n"
-         "answer whether the card, the thank-you splash or nothing shows; nothing goes over the\n"
-         "network.\n"
-         "\n"
-         "  --bid FILE        the service's answer to a bid, as JSON\n"
-         "  --output FILE     where to write the picture (PNG)\n"
-         "  --position P      where the card sits: top, center (default) or bottom\n"
-         "  --size WxH        the reader's screen in points (default 390x844)\n"
-         "  --scale N         pixels per point (default 2)\n"
-         "  --logo FILE       the publisher's logo (PNG, JPEG, GIF or WebP); without it the logo\n"
-         "                    shows as loading\n";
+  RenderToolOptions unused;
+  return RenderCommandLine(program, unused)->help();
 }
 
 }  // namespace obolo::tools
