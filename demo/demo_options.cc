@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include "tools/cli/parse_command_line.h"
+
 namespace obolo::demo {
 namespace {
 
@@ -100,15 +102,7 @@ std::string ScenarioName(Scenario scenario) {
 DemoOptions ParseDemoOptions(const std::vector<std::string>& arguments) {
   DemoOptions options;
   auto app = DemoCommandLine("obolo-demo", options);
-  // CLI11 takes the arguments last first.
-  std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
-  try {
-    app->parse(reversed);
-  } catch (const CLI::CallForHelp&) {
-    options.help = true;
-  } catch (const CLI::ParseError& error) {
-    options.error = error.what();
-  }
+  tools::ParseCommandLine(*app, arguments, options.help, options.error);
   return options;
 }
 

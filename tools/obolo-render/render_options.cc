@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <memory>
 
+#include "tools/cli/parse_command_line.h"
+
 namespace obolo::tools {
 namespace {
 
@@ -86,15 +88,7 @@ std::unique_ptr<CLI::App> RenderCommandLine(const std::string& program, RenderTo
 RenderToolOptions ParseRenderToolOptions(const std::vector<std::string>& arguments) {
   RenderToolOptions options;
   auto app = RenderCommandLine("obolo-render", options);
-  // CLI11 takes the arguments last first.
-  std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
-  try {
-    app->parse(reversed);
-  } catch (const CLI::CallForHelp&) {
-    options.help = true;
-  } catch (const CLI::ParseError& error) {
-    options.error = error.what();
-  }
+  tools::ParseCommandLine(*app, arguments, options.help, options.error);
   return options;
 }
 
