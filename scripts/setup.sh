@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-  build-essential cmake pkg-config git
+  build-essential cmake pkg-config git ca-certificates
   libcurl4-openssl-dev zlib1g-dev nlohmann-json3-dev libsqlite3-dev libcpp-httplib-dev libssl-dev
   libicu-dev libcli11-dev libjwt-dev
   libpng-dev libjpeg62-turbo-dev libwebp-dev libgif-dev

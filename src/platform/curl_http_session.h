@@ -8,10 +8,12 @@
 // At most six connections are open to one host at a time; further transfers
 // to it wait for one of them, as on a phone's URL session.
 //
-// Certificates are checked against the system's store. OBOLO_CA_FILE, read once
-// at first use, names a PEM file to trust instead: the sandbox prints such a
-// file for its self-signed certificate. The file is read at the first
-// connection and kept for the session's later connections (a day at most).
+// Certificates are checked against the system's store (libcurl's bundle of
+// it). OBOLO_CA_FILE, read once at first use, names a PEM file to trust
+// instead: the sandbox prints such a file for its self-signed certificate.
+// Either file is parsed at the first connection and kept for the session's
+// later connections (a day at most), so a new connection does not pay for
+// reading the system's whole store again.
 //
 // TLS sessions are kept for all transfers, so a new connection to a server
 // that was connected before resumes its session instead of a full handshake.

@@ -8,6 +8,7 @@
 #include "platform/curl_http_session.h"
 
 #include <arpa/inet.h>
+#include <curl/curl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <openssl/ssl.h>
@@ -18,6 +19,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <future>
 #include <memory>
 #include <mutex>
@@ -163,6 +165,48 @@ TEST(CurlHttpSessionTest, TheTrustedCertificateFileIsReadOnceForManyConnections)
 
   const HttpOutcome outcome = Get(session, server.url());
   EXPECT_TRUE(outcome.body) << outcome.errorDescription;
+}
+
+// Bytes this process has read from files so far (every thread's).
+long long BytesReadFromFiles() {
+  std::ifstream io("/proc/self/io");
+  std::string key;
+  long long value = 0;
+  while (io >> key >> value) {
+    if (key == "rchar:") return value;
+  }
+  return -1;
+}
+
+// Without OBOLO_CA_FILE the system's store decides: a self-signed server is
+// refused, and the store's bundle (hundreds of certificates) is parsed for
+// the first connection only, not again for every new one.
+TEST(CurlHttpSessionTest, TheSystemStoreRefusesAStrangerAndIsReadOnceForManyConnections) {
+  unsetenv("OBOLO_CA_FILE");
+  CURL* probe = curl_easy_init();
+  char* bundle = nullptr;
+  curl_easy_getinfo(probe, CURLINFO_CAINFO, &bundle);
+  const std::string bundle_file = bundle != nullptr ? bundle : "";
+  curl_easy_cleanup(probe);
+  std::error_code error;
+  const auto bundle_size = std::filesystem::file_size(bundle_file, error);
+  ASSERT_FALSE(error) << "libcurl's certificate bundle " << bundle_file << " is missing (package ca-certificates)";
+
+  OneShotTlsServer server(3, /*resumable=*/false);
+  ASSERT_TRUE(server.ready());
+  CurlHttpSession session;
+  const HttpOutcome first = Get(session, server.url());
+  EXPECT_FALSE(first.body);
+  EXPECT_FALSE(first.errorDescription.empty());
+
+  const long long before = BytesReadFromFiles();
+  for (int i = 0; i < 2; ++i) {
+    const HttpOutcome outcome = Get(session, server.url());
+    EXPECT_FALSE(outcome.body) << "connection " << i + 2 << " trusted a self-signed certificate";
+  }
+  const long long read = BytesReadFromFiles() - before;
+  EXPECT_LT(read, static_cast<long long>(bundle_size) / 2)
+      << "two new connections read " << read << " bytes from files; the bundle is " << bundle_size;
 }
 
 // A field holding CR, LF or NUL would end its header line where the value
