@@ -143,10 +143,10 @@ bool Sandbox::Impl::start() {
 
   const std::size_t workers = static_cast<std::size_t>(std::max(2, options.workerThreads));
   candidate->new_task_queue = [workers] { return new httplib::ThreadPool(workers); };
-  // An idle kept-alive connection is closed after 5 s, as common production
-  // servers do, and longer than the kit keeps reusing one (under 4 s). Idle
-  // connections hold a worker meanwhile, so stop() may wait for them.
-  candidate->set_keep_alive_timeout(options.keepAlive ? 5 : 1);
+  // An idle kept-alive connection is closed after keepAliveIdle, with TLS's
+  // close notice. Idle connections hold a worker meanwhile, so stop() may
+  // wait for them.
+  candidate->set_keep_alive_timeout(options.keepAlive ? std::max<time_t>(1, options.keepAliveIdle.count()) : 1);
   candidate->set_keep_alive_max_count(
       options.keepAlive ? static_cast<std::size_t>(std::max(1, options.keepAliveMaxRequests)) : 1);
   candidate->set_tcp_nodelay(options.tcpNoDelay);  // see SandboxOptions

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/curl_connection_sockets.h"
 #include "platform/environment.h"
 #include "platform/no_destructor.h"
 
@@ -123,7 +124,9 @@ bool IsHttpSessionThread() { return on_session_thread; }
 struct CurlHttpSession::Transfer {
   HttpRequest request;
   CompletionHandler handler;
-  CURLSH* share = nullptr;  // the session's; set before Prepare()
+  CURLSH* share = nullptr;                   // the session's; set before Prepare()
+  CurlConnectionSockets* sockets = nullptr;  // the session's; set before Prepare()
+  long max_idle_seconds = 3;                 // see kCheckedIdleSeconds; set before Prepare()
   CURL* easy = nullptr;
   curl_slist* header_list = nullptr;
   std::string body;
@@ -210,12 +213,10 @@ struct CurlHttpSession::Transfer {
       curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
     }
     if (share != nullptr) curl_easy_setopt(easy, CURLOPT_SHARE, share);
-    // A connection idle for 4 s or more is not reused. A server that closed
-    // it meanwhile may have left only TLS's close notice, which libcurl takes
-    // for a live connection; the request sent on it would be lost, and sending
-    // it again is refused below. Common servers keep idle connections for 5 s
-    // or more.
-    curl_easy_setopt(easy, CURLOPT_MAXAGE_CONN, 3L);
+    if (sockets != nullptr) sockets->track(easy);
+    // How long a kept connection may have been idle to carry this request
+    // (whole seconds; libcurl reuses it while idle for less than this plus 1).
+    curl_easy_setopt(easy, CURLOPT_MAXAGE_CONN, max_idle_seconds);
 
     if (request.method == "GET") {
       curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
@@ -306,6 +307,22 @@ struct CurlHttpSession::Core {
     if (share != nullptr) curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
     LimitConnectionsPerHost(multi);
   }
+
+  // A request may reuse a connection idle for under a minute when it starts
+  // while nothing else runs: every connection is idle then, and those the
+  // server closed meanwhile are retired first (CurlConnectionSockets). A
+  // reader who reads for half a minute and then taps saves the new
+  // connection's TCP and TLS round trips whenever the server still keeps the
+  // connection (75 s is nginx's default). Past a minute, a middlebox that
+  // dropped the connection without a word becomes likely, and the request
+  // would wait out its timeout. What stays is a server closing the
+  // connection while the request is on its way: that request fails, as any
+  // answer lost on the way does, and is not sent again.
+  static constexpr long kCheckedIdleSeconds = 59;
+  // A request that starts while others run is not checked that way (their
+  // connections have bytes arriving), so it takes only a connection idle
+  // under 4 s, within the 5 s common servers keep one.
+  static constexpr long kUncheckedIdleSeconds = 3;
   // The transfers' easy handles are gone by now: the thread cleans them up
   // before it ends.
   ~Core() {
@@ -352,7 +369,8 @@ struct CurlHttpSession::Core {
   bool stopping = false;                           // guarded by mutex
   CURLM* multi = curl_multi_init();
   CURLSH* share = curl_share_init();
-  std::vector<CURL*> idle_easy;  // session thread only
+  std::vector<CURL*> idle_easy;   // session thread only
+  CurlConnectionSockets sockets;  // session thread only; outlives the multi handle's connections
 };
 
 CurlHttpSession::CurlHttpSession() {
@@ -420,9 +438,13 @@ void CurlHttpSession::Run(std::shared_ptr<Core> core) {
       if (core->stopping) break;
       arrived.swap(core->incoming);
     }
+    const bool checked = running.empty() && !arrived.empty();
+    if (checked) core->sockets.retireClosed();
     for (auto& transfer : arrived) {
       Transfer* raw = transfer.get();
       raw->share = core->share;
+      raw->sockets = &core->sockets;
+      raw->max_idle_seconds = checked ? Core::kCheckedIdleSeconds : Core::kUncheckedIdleSeconds;
       raw->easy = core->TakeEasy();
       running.push_back(std::move(transfer));
       TransportError refused = raw->Prepare();

@@ -18,6 +18,12 @@
 // TLS sessions are kept for all transfers, so a new connection to a server
 // that was connected before resumes its session instead of a full handshake.
 //
+// A request that starts while no other runs may reuse a connection idle for
+// up to a minute, once connections the server closed meanwhile are retired:
+// a reader who taps after reading for a while saves the TCP and TLS round
+// trips whenever the server still keeps the connection. A request that
+// starts beside others takes only a connection idle under 4 s.
+//
 // Each request states how far it may be redirected and how large an answer it
 // takes (HttpRequest::maxRedirects, maxBodyBytes). The session follows
 // redirects itself, hop by hop, so it can refuse a hop from https to http; a
