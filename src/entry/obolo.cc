@@ -1,10 +1,14 @@
 #include "entry/obolo.h"
 
+#include <atomic>
+
 #include "entry/obolo_storyboard.h"
 #include "entry/paywall_reporter.h"
 #include "paywall/paywall_vc.h"
 #include "platform/log.h"
+#include "platform/main_loop.h"
 #include "platform/number_format.h"
+#include "toolkit/text_layout.h"
 #include "toolkit/ui_navigation_controller.h"
 #include "ui/view_helpers.h"
 
@@ -18,6 +22,15 @@ std::shared_ptr<PaywallVC> MakePaywall() {
   auto paywall = OboloStoryboard().instantiateViewController<PaywallVC>(kPaywallSceneIdentifier);
   if (!paywall) LogLine("Obolo: the paywall screen could not be made");
   return paywall;
+}
+
+// The first card of a process waits for the fonts its labels are measured
+// in to load (some 15 to 40 ms here, more on a phone). Loading them on the
+// main loop's next turn, once the view has loaded and its bid has gone out,
+// overlaps that with the bid's round trip. Posted once per process.
+void WarmTextLayoutWhileTheBidTravels() {
+  static std::atomic<bool> posted{false};
+  if (!posted.exchange(true)) MainLoop::main().post(&WarmTextLayout);
 }
 
 }  // namespace
@@ -58,6 +71,7 @@ void Obolo::loadView(const std::shared_ptr<UIViewController>& in) {
   in->addChild(paywall);
   in->view()->addSubview(paywall->view());
   addShadow(*paywall->view());
+  WarmTextLayoutWhileTheBidTravels();
 }
 
 void Obolo::loadView(const std::shared_ptr<UIViewController>& in, const std::shared_ptr<UIView>& content,
@@ -75,6 +89,7 @@ void Obolo::loadView(const std::shared_ptr<UIViewController>& in, const std::sha
   in->addChild(paywall);
   content->addSubview(paywall->view());
   addShadow(*paywall->view());
+  WarmTextLayoutWhileTheBidTravels();
 }
 
 }  // namespace obolo
