@@ -9,10 +9,12 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <deque>
 #include <list>
 #include <mutex>
+#include <type_traits>
 #include <vector>
 
 namespace obolo::bench {
@@ -65,6 +67,10 @@ struct Connection {
   Direction up;    // client to server
   Direction down;  // server to client
   bool client_flight_open = false;
+  Clock::time_point last_to_client;  // the server's bytes last reached the client
+  Clock::time_point last_to_server;  // the client's bytes last reached the server
+  long long client_counted_us = 0;   // of the client's time since last_to_client
+  long long server_counted_us = 0;   // of the server's time since last_to_server
   bool failed = false;
 
   bool done() const { return failed || (up.to_shut && down.to_shut); }
@@ -81,6 +87,7 @@ struct DelayRelay::Loop {
   bool stopping = false;  // guarded by mutex
   bool drop = false;      // guarded by mutex
   Counts counts;          // guarded by mutex
+  Clock::time_point reset_at;  // guarded by mutex
 
   ~Loop() {
     for (auto& connection : connections) Close(connection);
@@ -99,7 +106,8 @@ struct DelayRelay::Loop {
     connection.up.from = connection.up.to = connection.down.from = connection.down.to = -1;
   }
 
-  void Count(long Counts::*counter, long amount) {
+  template <typename T>
+  void Count(T Counts::*counter, std::type_identity_t<T> amount) {
     std::lock_guard<std::mutex> lock(mutex);
     counts.*counter += amount;
   }
@@ -116,11 +124,40 @@ struct DelayRelay::Loop {
       }
       Connection& connection = connections.emplace_back();
       connection.accepted = Clock::now();
+      connection.last_to_client = connection.accepted;
       connection.up.from = connection.down.to = client;
       connection.up.to = connection.down.from = server;
       Count(&Counts::connections, 1);
       Count(&Counts::roundTrips, 1);  // the TCP handshake
+      NoteClient(connection.accepted);
     }
+  }
+
+  // True for the client's first connection or bytes since the counts' reset.
+  bool NoteClient(Clock::time_point now) {
+    std::lock_guard<std::mutex> lock(mutex);
+    if (counts.firstFromClient != Clock::time_point{}) return false;
+    counts.firstFromClient = now;
+    return true;
+  }
+
+  // Bytes just read from one side. The time from the other side's bytes last
+  // reaching it to these is that side's own (thinking, computing, sending in
+  // pieces); a flight's later pieces extend it. A side that speaks more than
+  // a second after is not answering (a connection closed after idling), and
+  // counts nothing.
+  void NoteThinking(Connection& connection, bool up, Clock::time_point now) {
+    if (up && NoteClient(now)) return;  // the client's time before it is not on the link
+    Clock::time_point since = up ? connection.last_to_client : connection.last_to_server;
+    {
+      std::lock_guard<std::mutex> lock(mutex);
+      since = std::max(since, reset_at);  // what came before the counts' reset is not theirs
+    }
+    long long& counted = up ? connection.client_counted_us : connection.server_counted_us;
+    const long long took = std::chrono::duration_cast<std::chrono::microseconds>(now - since).count();
+    if (took > 1'000'000 || took <= counted) return;
+    Count(up ? &Counts::clientUs : &Counts::serverUs, took - counted);
+    counted = took;
   }
 
   // Reads what `direction.from` has and sends it on its way.
@@ -130,6 +167,7 @@ struct DelayRelay::Loop {
       const ssize_t count = read(direction.from, buffer, sizeof buffer);
       if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) return;
       auto now = Clock::now();
+      if (count > 0) NoteThinking(connection, up, now);
       // A new connection's first bytes leave once its handshake is done.
       if (up && now < connection.accepted + 2 * delay) now = connection.accepted + 2 * delay;
       Flight flight{now + delay, {}, count <= 0};
@@ -144,13 +182,20 @@ struct DelayRelay::Loop {
       direction.travelling.push_back(std::move(flight));
       if (count <= 0) {
         direction.from_ended = true;
+        // A client flight that ends with the client closing, unanswered, was
+        // a goodbye (TLS's close notice on an idle connection it gives up),
+        // not a round trip: nothing waited for an answer.
+        if (up && connection.client_flight_open) {
+          connection.client_flight_open = false;
+          Count(&Counts::roundTrips, -1L);
+        }
         return;
       }
     }
   }
 
   // Writes what is due; false when the other side failed.
-  static bool Deliver(Connection& connection, Direction& direction, bool up, Clock::time_point now) {
+  bool Deliver(Connection& connection, Direction& direction, bool up, Clock::time_point now) {
     while (!direction.travelling.empty() && direction.travelling.front().due <= now) {
       Flight& flight = direction.travelling.front();
       if (flight.end) {
@@ -167,7 +212,16 @@ struct DelayRelay::Loop {
         return false;
       }
       direction.arrived.erase(0, static_cast<size_t>(written));
-      if (!up) connection.client_flight_open = false;  // the server's bytes reached the client
+      if (up) {
+        connection.last_to_server = now;
+        connection.server_counted_us = 0;
+      } else {
+        connection.client_flight_open = false;  // the server's bytes reached the client
+        connection.last_to_client = now;
+        connection.client_counted_us = 0;
+        std::lock_guard<std::mutex> lock(mutex);
+        counts.lastToClient = now;
+      }
     }
     if (direction.end_arrived && !direction.to_shut) {
       shutdown(direction.to, SHUT_WR);
@@ -297,6 +351,7 @@ DelayRelay::Counts DelayRelay::counts() const {
 void DelayRelay::resetCounts() {
   std::lock_guard<std::mutex> lock(loop_->mutex);
   loop_->counts = Counts{};
+  loop_->reset_at = Clock::now();
 }
 
 }  // namespace obolo::bench

@@ -50,6 +50,16 @@ class DelayRelay {
     long roundTrips = 0;   // handshakes plus client flights (see above)
     long bytesUp = 0;      // client to server
     long bytesDown = 0;    // server to client
+    // Where time beyond the delays went, in microseconds: the client's time
+    // from the server's last bytes reaching it (or from connecting) to its
+    // next bytes, and the server's from the client's last bytes to its
+    // answer's first. What the relay itself adds is neither.
+    long long clientUs = 0;
+    long long serverUs = 0;
+    // When the client first connected or sent bytes, and when the server's
+    // bytes last reached it (both empty while nothing happened).
+    std::chrono::steady_clock::time_point firstFromClient;
+    std::chrono::steady_clock::time_point lastToClient;
   };
   Counts counts() const;
   void resetCounts();

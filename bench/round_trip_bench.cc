@@ -6,12 +6,16 @@
 // the logo comes through a relay of its own. Each row's floor is the least
 // number of round trips the protocol allows:
 //
-//   warm      the kit's connection to the service is open (it keeps one open
-//             for up to 4 s between calls): the bid alone, 1 round trip;
+//   warm      the kit's connection to the service is open (it reuses an idle
+//             one for up to a minute while the server keeps it): the bid
+//             alone, 1 round trip;
 //   resumed   the connection is gone (the reader came back later) but the
 //             TLS session is kept: TCP, TLS 1.3 and the bid, 3 round trips;
-//   cold      a process that never connected (no TLS session either): also
+//   cold      a session that never connected (no TLS session either): also
 //             3 round trips, with a full handshake's work on both ends;
+//   first     the first card of a new process, a reader's cold start: no
+//             connection, no TLS session, and the fonts not loaded yet;
+//             3 round trips, measured in child processes;
 //   logo      the logo next to the warm card: it must travel alongside the
 //             bid, so its floor is 1 round trip as well, and
 //             "logo_after_card_ms" says how long after the card it lands.
@@ -20,11 +24,17 @@
 // "connections" what the service's relay counted per card.
 
 #include <benchmark/benchmark.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <memory>
 #include <optional>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "bench/bench_environment.h"
 #include "bench/host_screen.h"
@@ -34,25 +44,21 @@
 #include "platform/curl_http_session.h"
 #include "platform/main_loop.h"
 
+extern char** environ;
+
 namespace obolo::bench {
-namespace {
-
 using Clock = std::chrono::steady_clock;
+
+namespace {
 constexpr std::chrono::seconds kTimeout{20};
+}  // namespace
 
-struct CardRun {
-  bool shown = false;
-  double card_seconds = 0;
-  double logo_seconds = 0;
-};
-
-// One reader opens the article; waits for the card, then for the logo (which
-// is not part of the card's time).
 CardRun OpenArticle() {
   MainLoop& loop = MainLoop::main();
   CardRun run;
   auto screen = std::make_unique<HostScreen>();
   const auto start = Clock::now();
+  run.start = start;
   Obolo obolo(sandbox::seed::kPublisherAccessKey, sandbox::seed::kCategory, BenchEnvironment::logoUrl(),
               sandbox::seed::kNormalArticleUrl, sandbox::seed::kPublisherCustomerId, sandbox::seed::kPublisherDomain);
   obolo.loadPaywall(screen->host, screen->content, Position::bottom);
@@ -67,7 +73,8 @@ CardRun OpenArticle() {
         return CardVisible(*paywall);
       },
       kTimeout);
-  run.card_seconds = std::chrono::duration<double>(Clock::now() - start).count();
+  run.card = Clock::now();
+  run.card_seconds = std::chrono::duration<double>(run.card - start).count();
   if (!run.shown) return run;
   loop.runUntil(
       [&] {
@@ -80,6 +87,77 @@ CardRun OpenArticle() {
   screen.reset();
   loop.runFor(std::chrono::milliseconds(0));
   return run;
+}
+
+int MeasureFirstCardOfProcess(int one_way_ms) {
+  const std::chrono::milliseconds one_way(one_way_ms);
+  BenchEnvironment::serviceRelay().setOneWayDelay(one_way);
+  BenchEnvironment::logoRelay().setOneWayDelay(one_way);
+  BenchEnvironment::serviceRelay().resetCounts();
+  const CardRun run = OpenArticle();
+  if (!run.shown) return 1;
+  const LinkRecord record =
+      LinkRecord::Of(run.card_seconds, BenchEnvironment::serviceRelay().counts(), run.start, run.card);
+  std::printf("%.9f %.0f %.0f %.6f %.6f %.6f %.6f\n", record.seconds, record.roundTrips, record.connections,
+              record.clientMs, record.serverMs, record.beforeMs, record.afterMs);
+  return 0;
+}
+
+namespace {
+
+// Runs this program again to measure the first card of a new process;
+// nothing when the child failed.
+std::optional<LinkRecord> FirstCardInNewProcess(int one_way_ms) {
+  char self[4096];
+  const ssize_t length = readlink("/proc/self/exe", self, sizeof self - 1);
+  if (length <= 0) return std::nullopt;
+  self[length] = '\0';
+  const std::string flag = "--first-card=" + std::to_string(one_way_ms);
+  std::vector<char*> argv = {self, const_cast<char*>(flag.c_str()), nullptr};
+  int out[2];
+  if (pipe(out) != 0) return std::nullopt;
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
+  posix_spawn_file_actions_addclose(&actions, out[0]);
+  posix_spawn_file_actions_addclose(&actions, out[1]);
+  pid_t pid = 0;
+  const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  close(out[1]);
+  std::string printed;
+  if (spawned == 0) {
+    char buffer[256];
+    ssize_t got = 0;
+    while ((got = read(out[0], buffer, sizeof buffer)) > 0) printed.append(buffer, static_cast<size_t>(got));
+  }
+  close(out[0]);
+  int status = 0;
+  if (spawned != 0 || waitpid(pid, &status, 0) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+    return std::nullopt;
+  }
+  LinkRecord record;
+  if (std::sscanf(printed.c_str(), "%lf %lf %lf %lf %lf %lf %lf", &record.seconds, &record.roundTrips,
+                  &record.connections, &record.clientMs, &record.serverMs, &record.beforeMs,
+                  &record.afterMs) != 7) {
+    return std::nullopt;
+  }
+  return record;
+}
+
+void BM_Phone_CardFirstInProcess(benchmark::State& state) {
+  const auto round_trip = UseLink(state);
+  RoundTripCounters counters(3, round_trip);
+  for (auto _ : state) {
+    const auto record = FirstCardInNewProcess(static_cast<int>(state.range(0)));
+    if (!record) {
+      state.SkipWithError("the new process did not show the card");
+      break;
+    }
+    state.SetIterationTime(record->seconds);
+    counters.add(*record);
+  }
+  counters.report(state);
 }
 
 enum class Connection { kWarm, kResumed, kCold };
@@ -110,7 +188,11 @@ void MeasureCard(benchmark::State& state, Connection connection, bool report_log
       break;
     }
     state.SetIterationTime(report_logo ? run.logo_seconds : run.card_seconds);
-    counters.add(report_logo ? run.logo_seconds : run.card_seconds, relay.counts());
+    if (report_logo) {
+      counters.add(LinkRecord::Of(run.logo_seconds, relay.counts()));
+    } else {
+      counters.add(LinkRecord::Of(run.card_seconds, relay.counts(), run.start, run.card));
+    }
     logo_after_card_ms += (run.logo_seconds - run.card_seconds) * 1000.0;
   }
   if (connection == Connection::kCold) HttpSession::setShared(nullptr);
@@ -133,6 +215,7 @@ void BM_Phone_Logo(benchmark::State& state) { MeasureCard(state, Connection::kWa
 OBOLO_PHONE_BENCHMARK(BM_Phone_CardWarm);
 OBOLO_PHONE_BENCHMARK(BM_Phone_CardResumed);
 OBOLO_PHONE_BENCHMARK(BM_Phone_CardCold);
+OBOLO_PHONE_BENCHMARK(BM_Phone_CardFirstInProcess);
 OBOLO_PHONE_BENCHMARK(BM_Phone_Logo);
 
 }  // namespace
