@@ -12,9 +12,9 @@
 namespace obolo {
 namespace {
 
-// Named images already loaded, by file path: every paywall asks for the same
-// few images, and decoding the card's banner takes longer than the rest of
-// showing the card.
+// Named images already loaded, by bundle and name: every paywall asks for the
+// same few images, and decoding the card's banner takes longer than the rest
+// of showing the card.
 struct NamedImageCache {
   std::mutex mutex;
   std::map<std::string, std::shared_ptr<const UIImage>, std::less<>> images;  // guarded by mutex
@@ -39,14 +39,17 @@ std::shared_ptr<const UIImage> UIImage::decode(std::string name, std::string dat
 
 std::shared_ptr<const UIImage> UIImage::named(std::string_view name, const std::optional<Bundle>& bundle) {
   const Bundle source = bundle ? *bundle : Bundle::main();
-  auto path = source.pathForResource(name, "png");
-  if (!path) return nullptr;
-  const std::string key = path->string();
+  // Looked up before the file system is asked: a loaded image is kept even
+  // if its file goes, as a bundle's files do not change while it is in use.
+  std::string key = source.bundlePath().string();
+  key.append("/").append(name);
   NamedImageCache& cache = Cache();
   {
     std::lock_guard<std::mutex> lock(cache.mutex);
     if (auto it = cache.images.find(key); it != cache.images.end()) return it->second;
   }
+  auto path = source.pathForResource(name, "png");
+  if (!path) return nullptr;
   std::ifstream file(*path, std::ios::binary);
   if (!file) return nullptr;
   std::string data((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
