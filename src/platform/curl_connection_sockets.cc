@@ -13,6 +13,16 @@ namespace {
 // libcurl then fails to send on it rather than read it for ever.
 constexpr int kDrainBytes = 64 * 1024;
 
+// Whether `fd` is still a TCP/IP socket. Every socket here is closed through
+// OnClosing(); this keeps a number that was ever closed some other way, and
+// then reused for another kind of file, from being shut.
+bool IsInternetSocket(int fd) {
+  int domain = 0;
+  socklen_t length = sizeof domain;
+  if (getsockopt(fd, SOL_SOCKET, SO_DOMAIN, &domain, &length) != 0) return false;
+  return domain == AF_INET || domain == AF_INET6;
+}
+
 }  // namespace
 
 void CurlConnectionSockets::track(CURL* easy) {
@@ -23,7 +33,9 @@ void CurlConnectionSockets::track(CURL* easy) {
 }
 
 int CurlConnectionSockets::OnOpened(void* self, curl_socket_t socket, curlsocktype purpose) {
-  if (purpose == CURLSOCKTYPE_IPCXN) static_cast<CurlConnectionSockets*>(self)->sockets_.push_back(socket);
+  if (purpose != CURLSOCKTYPE_IPCXN) return CURL_SOCKOPT_OK;
+  auto& sockets = static_cast<CurlConnectionSockets*>(self)->sockets_;
+  if (std::find(sockets.begin(), sockets.end(), socket) == sockets.end()) sockets.push_back(socket);
   return CURL_SOCKOPT_OK;
 }
 
@@ -40,7 +52,7 @@ int CurlConnectionSockets::retireClosed() {
   if (poll(watched.data(), watched.size(), 0) <= 0) return 0;
   int retired = 0;
   for (const pollfd& connection : watched) {
-    if (connection.revents == 0) continue;
+    if (connection.revents == 0 || !IsInternetSocket(connection.fd)) continue;
     // Read away what waits (the close notice), then shut both ways: libcurl's
     // check finds the end of the stream and closes the connection itself.
     char buffer[4096];
