@@ -423,6 +423,7 @@ void CurlHttpSession::Run(std::shared_ptr<Core> core) {
   on_session_thread = true;
   CURLM* multi = core->multi;
   std::vector<std::unique_ptr<Transfer>> running;
+  std::vector<std::pair<Transfer*, CURLcode>> done;  // ended in one turn, foreground first
 
   auto complete = [&](Transfer* transfer, HttpOutcome outcome) {
     CompletionHandler handler = std::move(transfer->handler);
@@ -438,6 +439,8 @@ void CurlHttpSession::Run(std::shared_ptr<Core> core) {
       if (core->stopping) break;
       arrived.swap(core->incoming);
     }
+    std::stable_partition(arrived.begin(), arrived.end(),
+                          [](const auto& transfer) { return !transfer->request.background; });
     const bool checked = running.empty() && !arrived.empty();
     if (checked) core->sockets.retireClosed();
     for (auto& transfer : arrived) {
@@ -464,12 +467,17 @@ void CurlHttpSession::Run(std::shared_ptr<Core> core) {
     int still_running = 0;
     curl_multi_perform(multi, &still_running);
     int queued = 0;
+    done.clear();
     while (CURLMsg* message = curl_multi_info_read(multi, &queued)) {
       if (message->msg != CURLMSG_DONE) continue;
       Transfer* transfer = nullptr;
       curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &transfer);
-      CURLcode code = message->data.result;
-      curl_multi_remove_handle(multi, message->easy_handle);
+      done.emplace_back(transfer, message->data.result);
+    }
+    std::stable_partition(done.begin(), done.end(),
+                          [](const auto& ended) { return !ended.first->request.background; });
+    for (auto [transfer, code] : done) {
+      curl_multi_remove_handle(multi, transfer->easy);
       if (transfer->FollowRedirect(code)) {
         if (curl_multi_add_handle(multi, transfer->easy) == CURLM_OK) continue;
         code = CURLE_FAILED_INIT;  // the next hop could not start: a failure, not the last hop's answer

@@ -57,6 +57,11 @@ struct HttpRequest {
   // kResponseTooLarge and no body, so a broken or hostile server cannot make
   // the kit hold an unbounded answer.
   std::size_t maxBodyBytes = kDefaultMaxBodyBytes;
+  // A request nothing on screen waits for (a picture). Among requests that
+  // reach the session together it starts last, and among answers that are
+  // ready together it is completed last, so that decoding it in its handler
+  // does not hold back an answer a reader is waiting on.
+  bool background = false;
 
   // Sets a header field, replacing any field of the same name (names compare
   // without regard to case, as HTTP does).

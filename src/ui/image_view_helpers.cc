@@ -43,6 +43,7 @@ void imageFromURL(const std::shared_ptr<UIImageView>& imageView, std::string_vie
   // to http (a plain-text hop would let anyone on the way swap the image).
   request.maxRedirects = kMaxImageRedirects;
   request.maxBodyBytes = kMaxImageBytes;
+  request.background = true;  // the card's bid, sent beside it, goes first
   HttpSession::shared()->dataTask(std::move(request), [imageView, indicator](HttpOutcome outcome) {
     if (outcome.error != TransportError::kNone || !outcome.body) {
       LogLine(outcome.errorDescription);
