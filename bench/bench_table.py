@@ -222,6 +222,22 @@ def ratio_table(found, markdown):
                 markdown)
 
 
+def card_phases(found):
+    """Where row 2's time goes: the medians of its phase counters."""
+    for title, name in (("2", "BM_TimeToCard_Kit"), ("2b", "BM_TimeToCard_KitWithoutLogo")):
+        entries = found.get(name)
+        phases = [(label, value(entries, "median", counter)) for label, counter in (
+            ("loadPaywall returned", "loaded_us"), ("the bid's answer on the session thread", "answered_us"),
+            ("the paywall decided", "decided_us"))]
+        total = value(entries, "median", "time")
+        if total is None or any(v is None for _, v in phases):
+            continue
+        print(f"{title}. time to card, when each step was done: "
+              + ", ".join(f"{label} {show(v * 1e3, 'time')}" for label, v in phases)
+              + f", the card shown {show(total)}")
+    print()
+
+
 def limits_table(found):
     for what, benchmarks, counter, limit in LIMITS:
         values = [value(found.get(name, {}), "max", counter) for name in benchmarks]
@@ -348,6 +364,7 @@ def main(argv):
 
     ratio_table(found, markdown)
     limits_table(found)
+    card_phases(found)
     hostile_table(found, markdown)
     round_trip_table(found, markdown)
     scale_table(found, markdown)
