@@ -10,17 +10,13 @@
 // program loaded, doing nothing).
 
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
-extern char** environ;
+#include "bench/child_process.h"
 
 namespace obolo::bench {
 namespace {
@@ -35,39 +31,13 @@ struct ChildRun {
 // ok when the program exits with 0.
 ChildRun RunChild(const std::vector<std::string>& arguments) {
   ChildRun run;
-  std::vector<char*> argv;
-  std::string launcher = OBOLO_BENCH_PEAK_RSS_PROGRAM;
-  argv.push_back(launcher.data());
-  for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-  argv.push_back(nullptr);
-
-  int out[2];
-  if (pipe(out) != 0) return run;
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
-  posix_spawn_file_actions_addclose(&actions, out[0]);
-  posix_spawn_file_actions_addclose(&actions, out[1]);
-
+  std::vector<std::string> argv{OBOLO_BENCH_PEAK_RSS_PROGRAM};
+  argv.insert(argv.end(), arguments.begin(), arguments.end());
   const auto start = std::chrono::steady_clock::now();
-  pid_t pid = 0;
-  const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  close(out[1]);
-  std::string printed;
-  if (spawned == 0) {
-    char buffer[64];
-    ssize_t count = 0;
-    while ((count = read(out[0], buffer, sizeof buffer)) > 0) printed.append(buffer, static_cast<size_t>(count));
-  }
-  close(out[0]);
-  if (spawned != 0) return run;
-
-  int status = 0;
-  if (waitpid(pid, &status, 0) != pid) return run;
+  const auto printed = RunToEnd(argv);
   run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  run.ok = WIFEXITED(status) && WEXITSTATUS(status) == 0 && !printed.empty();
-  if (run.ok) run.peak_rss_kib = std::strtol(printed.c_str(), nullptr, 10);
+  run.ok = printed.has_value() && !printed->empty();
+  if (run.ok) run.peak_rss_kib = std::strtol(printed->c_str(), nullptr, 10);
   return run;
 }
 

@@ -24,8 +24,6 @@
 // "connections" what the service's relay counted per card.
 
 #include <benchmark/benchmark.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -37,14 +35,13 @@
 #include <vector>
 
 #include "bench/bench_environment.h"
+#include "bench/child_process.h"
 #include "bench/host_screen.h"
 #include "bench/phone_link.h"
 #include "entry/obolo.h"
 #include "entry/position.h"
 #include "platform/curl_http_session.h"
 #include "platform/main_loop.h"
-
-extern char** environ;
 
 namespace obolo::bench {
 using Clock = std::chrono::steady_clock;
@@ -111,35 +108,12 @@ std::optional<LinkRecord> FirstCardInNewProcess(int one_way_ms) {
   char self[4096];
   const ssize_t length = readlink("/proc/self/exe", self, sizeof self - 1);
   if (length <= 0) return std::nullopt;
-  self[length] = '\0';
-  const std::string flag = "--first-card=" + std::to_string(one_way_ms);
-  std::vector<char*> argv = {self, const_cast<char*>(flag.c_str()), nullptr};
-  int out[2];
-  if (pipe(out) != 0) return std::nullopt;
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
-  posix_spawn_file_actions_addclose(&actions, out[0]);
-  posix_spawn_file_actions_addclose(&actions, out[1]);
-  pid_t pid = 0;
-  const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  close(out[1]);
-  std::string printed;
-  if (spawned == 0) {
-    char buffer[256];
-    ssize_t got = 0;
-    while ((got = read(out[0], buffer, sizeof buffer)) > 0) printed.append(buffer, static_cast<size_t>(got));
-  }
-  close(out[0]);
-  int status = 0;
-  if (spawned != 0 || waitpid(pid, &status, 0) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
-    return std::nullopt;
-  }
+  const auto printed =
+      RunToEnd({std::string(self, static_cast<size_t>(length)), "--first-card=" + std::to_string(one_way_ms)});
   LinkRecord record;
-  if (std::sscanf(printed.c_str(), "%lf %lf %lf %lf %lf %lf %lf", &record.seconds, &record.roundTrips,
-                  &record.connections, &record.clientMs, &record.serverMs, &record.beforeMs,
-                  &record.afterMs) != 7) {
+  if (!printed || std::sscanf(printed->c_str(), "%lf %lf %lf %lf %lf %lf %lf", &record.seconds,
+                              &record.roundTrips, &record.connections, &record.clientMs, &record.serverMs,
+                              &record.beforeMs, &record.afterMs) != 7) {
     return std::nullopt;
   }
   return record;

@@ -7,17 +7,13 @@
 // paywall adds over the same program with none; the most threads it ran.
 
 #include <benchmark/benchmark.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <string>
 #include <vector>
 
 #include "bench/bench_environment.h"
-
-extern char** environ;
+#include "bench/child_process.h"
 
 namespace obolo::bench {
 namespace {
@@ -31,34 +27,9 @@ struct HostRun {
 
 HostRun RunHost(int paywalls) {
   HostRun run;
-  const std::string program = OBOLO_BENCH_SCALE_HOST_PROGRAM;
-  const std::string count = std::to_string(paywalls);
-  const std::string logo = BenchEnvironment::logoUrl();
-  std::vector<char*> argv = {const_cast<char*>(program.c_str()), const_cast<char*>(count.c_str()),
-                             const_cast<char*>(logo.c_str()), nullptr};
-  int out[2];
-  if (pipe(out) != 0) return run;
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
-  posix_spawn_file_actions_addclose(&actions, out[0]);
-  posix_spawn_file_actions_addclose(&actions, out[1]);
-  pid_t pid = 0;
-  const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  close(out[1]);
-  std::string printed;
-  if (spawned == 0) {
-    char buffer[256];
-    ssize_t got = 0;
-    while ((got = read(out[0], buffer, sizeof buffer)) > 0) printed.append(buffer, static_cast<size_t>(got));
-  }
-  close(out[0]);
-  if (spawned != 0) return run;
-  int status = 0;
-  if (waitpid(pid, &status, 0) != pid) return run;
-  run.ok = WIFEXITED(status) && WEXITSTATUS(status) == 0 &&
-           std::sscanf(printed.c_str(), "%lf %ld %ld", &run.seconds, &run.peak_kib, &run.threads) == 3;
+  const auto printed =
+      RunToEnd({OBOLO_BENCH_SCALE_HOST_PROGRAM, std::to_string(paywalls), BenchEnvironment::logoUrl()});
+  run.ok = printed && std::sscanf(printed->c_str(), "%lf %ld %ld", &run.seconds, &run.peak_kib, &run.threads) == 3;
   return run;
 }
 
