@@ -72,7 +72,7 @@ ROWS = [
      "longest write, file not held", None, "longest_wait_us"),
     ("8b. longest store read, file held by another process", "BM_Store_ReadWhileHeld", "BM_Store_Read",
      "longest read, file not held", None, "longest_wait_us"),
-    ("8c. login + logout (10 writes), file held", "BM_Store_LoginLogoutWhileHeld", "BM_Store_LoginLogout",
+    ("8c. login + logout (2 write groups of 5), file held", "BM_Store_LoginLogoutWhileHeld", "BM_Store_LoginLogout",
      "the same, file not held", None, "time"),
     ("8d. store write (rollback journal, file alone whole)", "BM_Store_Write", "BM_Store_BareWalWrite",
      "bare SQLite WAL write (value in -wal)", None, "time"),

@@ -95,12 +95,18 @@ void GlobalVariable::setCustomerId(std::int64_t value) {
 std::int64_t GlobalVariable::getCustomerId() const { return getInt(UserDefaultKey::customerId); }
 
 void GlobalVariable::logout() {
-  UserDefaults defaults = UserDefaults::standard();
+  const std::shared_ptr<PreferenceStore> store = PreferenceStore::standard();
+  const PreferenceWriteGroup session(store);
+  UserDefaults defaults(store);
   defaults.removeObject(UserDefaultKey::deviceKey);
   defaults.removeObject(UserDefaultKey::accessToken);
   defaults.removeObject(UserDefaultKey::refreshToken);
   defaults.removeObject(UserDefaultKey::customerId);
   defaults.removeObject(UserDefaultKey::email);
+}
+
+PreferenceWriteGroup GlobalVariable::sessionWriteGroup() const {
+  return PreferenceWriteGroup(PreferenceStore::standard());
 }
 
 std::string GlobalVariable::getString(UserDefaultKey key) const {

@@ -75,9 +75,15 @@ class GlobalVariable {
   std::int64_t getCustomerId() const;
 
   // Clears the persisted session, removing deviceKey, accessToken,
-  // refreshToken, customerId and email in that order. The configuration and
-  // every other key of the store are left as they are.
+  // refreshToken, customerId and email in that order, in one write group. The
+  // configuration and every other key of the store are left as they are.
   void logout();
+
+  // A write group on the session's store: the session writes this thread
+  // makes until it ends reach the disk together, so a crash never keeps a
+  // token beside another login's device key, and the disk syncs once. Each
+  // write is still read back at once.
+  PreferenceWriteGroup sessionWriteGroup() const;
 
  private:
   GlobalVariable() = default;

@@ -82,18 +82,19 @@ void PaywallVC::getNextAccesToken() {
 }
 
 void PaywallVC::saveCustomerData(const CustomerInfoSet& data, bool isExpired) {
-  global.setAccessToken(data.accessToken.value_or(""));
-  global.setDeviceKey(data.deviceKey.value_or(""));
-  if (data.customer) {
-    global.setEmail(data.customer->email.value_or(""));
-    global.setCustomerId(data.customer->id.value_or(0));
+  {
+    const PreferenceWriteGroup session = global.sessionWriteGroup();
+    global.setAccessToken(data.accessToken.value_or(""));
+    global.setDeviceKey(data.deviceKey.value_or(""));
+    if (data.customer) {
+      global.setEmail(data.customer->email.value_or(""));
+      global.setCustomerId(data.customer->id.value_or(0));
+    }
+    // A refresh keeps the refresh token already stored.
+    if (!isExpired) global.setRefreshToken(data.refreshToken.value_or(""));
   }
-  if (isExpired) {
-    // A refresh: the refresh token already stored stays.
-    requestCreateLoggedInBid();
-  } else {
-    global.setRefreshToken(data.refreshToken.value_or(""));
-  }
+  // The next bid goes out once the session is on disk.
+  if (isExpired) requestCreateLoggedInBid();
 }
 
 void PaywallVC::decidePaywall(const DataSet& data) {

@@ -14,6 +14,9 @@
 //   failing), the write is kept in memory, the refusal is logged, and the
 //   latest value of each key is written out once the storage accepts writes
 //   again. Until then it lives only as long as the process.
+// - Writes made inside a write group (PreferenceWriteGroup) take effect for
+//   this process one by one, as above, but become durable together when the
+//   group ends: a crash in between keeps none of them, never some.
 // - No call waits on the storage for more than a few milliseconds, and none
 //   fails: a read the storage refuses answers from what the process knows.
 // - A reader never sees a half-written value; every operation may be called
@@ -27,6 +30,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 namespace obolo {
@@ -46,6 +50,13 @@ class PreferenceStore {
   // Removes `key`; removing an absent key does nothing.
   virtual void removeObject(std::string_view key) = 0;
 
+  // Opens and closes a write group on the calling thread (see
+  // PreferenceWriteGroup, which callers use). Groups nest; the outermost one
+  // counts. A store that cannot group makes each write durable on its own,
+  // which is the default here.
+  virtual void beginWriteGroup() {}
+  virtual void endWriteGroup() {}
+
   // The process's standard store: the one installed with setStandard(), or
   // else a SqlitePreferenceStore at DefaultStorePath(), opened on first use.
   static std::shared_ptr<PreferenceStore> standard();
@@ -59,6 +70,25 @@ class PreferenceStore {
   // $HOME/.local/share/obolo/preferences.sqlite3. Empty when none of these is
   // known, in which case the default store lives in memory only.
   static std::string DefaultStorePath();
+};
+
+// Makes the writes and removals this thread makes on `store` during its
+// lifetime durable as one step, when it ends. A session is several keys that
+// only make sense together (a token and the device it was issued to): grouped,
+// a crash never leaves half of one on disk, and the storage syncs once instead
+// of once per key. Reads during the group, from any thread, already see each
+// write.
+class PreferenceWriteGroup {
+ public:
+  explicit PreferenceWriteGroup(std::shared_ptr<PreferenceStore> store) : store_(std::move(store)) {
+    store_->beginWriteGroup();
+  }
+  ~PreferenceWriteGroup() { store_->endWriteGroup(); }
+  PreferenceWriteGroup(const PreferenceWriteGroup&) = delete;
+  PreferenceWriteGroup& operator=(const PreferenceWriteGroup&) = delete;
+
+ private:
+  const std::shared_ptr<PreferenceStore> store_;
 };
 
 // The platform's own readings of a stored value as an integer and as a

@@ -96,8 +96,39 @@ class SqlitePreferenceStore::Core {
       known_.insert_or_assign(std::string(key), std::move(value));
       if (in_memory_) return;
       pending_.emplace(key);
+      if (!groups_.empty()) return;  // written when the last group ends
       if (refusing_ || reopen_ || !file_.isOpen()) {
         // The retry thread writes it with the others, in one transaction.
+        EnsureRetryThread();
+        wake_.notify_all();
+        return;
+      }
+      const int rc = Flush(SqlitePreferenceStore::kLockBudget);
+      if (rc != SQLITE_OK) {
+        line = Refused("writing", rc, /*writing=*/true);
+        EnsureRetryThread();
+        wake_.notify_all();
+      }
+    }
+    Log(line);
+  }
+
+  void BeginGroup() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (in_memory_) return;
+    ++groups_[std::this_thread::get_id()];
+  }
+
+  void EndGroup() {
+    std::string line;
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      const auto group = groups_.find(std::this_thread::get_id());
+      if (group == groups_.end()) return;  // none open on this thread
+      if (--group->second > 0) return;
+      groups_.erase(group);
+      if (!groups_.empty() || pending_.empty()) return;
+      if (refusing_ || reopen_ || !file_.isOpen()) {
         EnsureRetryThread();
         wake_.notify_all();
         return;
@@ -169,8 +200,9 @@ class SqlitePreferenceStore::Core {
     return SQLITE_OK;
   }
 
-  // REQUIRES: mutex_ held.
-  bool HasWork() const { return !file_.isOpen() || reopen_ || !pending_.empty(); }
+  // Nothing is done while a write group is open, so the file never takes
+  // part of one. REQUIRES: mutex_ held.
+  bool HasWork() const { return groups_.empty() && (!file_.isOpen() || reopen_ || !pending_.empty()); }
 
   // REQUIRES: mutex_ held.
   void EnsureRetryThread() {
@@ -214,6 +246,8 @@ class SqlitePreferenceStore::Core {
   // for a key in pending_, the value the file has yet to take.
   std::map<std::string, std::optional<PreferenceValue>, std::less<>> known_;
   std::set<std::string, std::less<>> pending_;
+  // The write groups open on each thread, by depth.
+  std::map<std::thread::id, int> groups_;
   bool refusing_ = false;  // a failure episode is under way
   bool reopen_ = false;    // the connection must be opened afresh before the next write
   bool stop_ = false;
@@ -234,6 +268,10 @@ void SqlitePreferenceStore::set(std::string_view key, const PreferenceValue& val
 }
 
 void SqlitePreferenceStore::removeObject(std::string_view key) { core_->Write(key, std::nullopt); }
+
+void SqlitePreferenceStore::beginWriteGroup() { core_->BeginGroup(); }
+
+void SqlitePreferenceStore::endWriteGroup() { core_->EndGroup(); }
 
 bool SqlitePreferenceStore::isPersistent() const { return core_->IsOpen(); }
 

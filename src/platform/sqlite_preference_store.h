@@ -29,6 +29,12 @@
 //   written in memory meanwhile wins over the file's older value.
 // A file that cannot be used is never deleted, recreated or overwritten.
 //
+// Write groups: while a group is open (on any thread), writes are kept in
+// memory like refused ones, and the retry thread leaves the file alone; when
+// the last open group ends, everything pending goes to the file in one
+// transaction and one sync. A write another thread makes meanwhile therefore
+// becomes durable with the group, a few microseconds later than alone.
+//
 // Waiting: a call waits at most kLockBudget for a lock another process holds
 // (then it goes on from memory); while the file is refusing, calls do not wait
 // for it at all. The retry thread never waits for a lock, and holds the
@@ -69,6 +75,8 @@ class SqlitePreferenceStore final : public PreferenceStore {
   std::optional<PreferenceValue> object(std::string_view key) const override;
   void set(std::string_view key, const PreferenceValue& value) override;
   void removeObject(std::string_view key) override;
+  void beginWriteGroup() override;
+  void endWriteGroup() override;
 
   // True while the file is open as this store's database (it may still refuse
   // writes); false for a store in memory only and for a file not taken up yet.

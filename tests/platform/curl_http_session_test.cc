@@ -97,12 +97,14 @@ class OneShotTlsServer {
         if (count <= 0) break;
         request.append(buffer, static_cast<size_t>(count));
       }
-      const std::string answer = "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: 2\r\n\r\nok";
-      SSL_write(ssl, answer.data(), static_cast<int>(answer.size()));
       {
+        // Recorded before the answer goes out: the client may ask as soon as
+        // it has the answer.
         std::lock_guard<std::mutex> lock(mutex_);
         resumed_.push_back(SSL_session_reused(ssl) == 1);
       }
+      const std::string answer = "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: 2\r\n\r\nok";
+      SSL_write(ssl, answer.data(), static_cast<int>(answer.size()));
       SSL_shutdown(ssl);
     }
     SSL_free(ssl);

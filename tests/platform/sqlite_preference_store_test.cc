@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -133,6 +134,45 @@ TEST_F(SqlitePreferenceStoreTest, AFileLeftInWalModeIsTakenUpAndMadeSelfContaine
     EXPECT_EQ(std::filesystem::exists(path_ + "-wal"), still_open_elsewhere);
     sqlite3_close(earlier);
   }
+}
+
+// A login's keys reach the file together when the group ends: before that the
+// file holds the session as it was, while every read already sees each write.
+TEST_F(SqlitePreferenceStoreTest, AWriteGroupReachesTheFileWholeWhenTheOutermostGroupEnds) {
+  auto store = std::make_shared<SqlitePreferenceStore>(path_);
+  store->set("accessToken", std::string("old access"));
+  store->set("email", std::string("old@example.com"));
+  const auto in_file = [&](std::string_view key) { return testing::ValueInFile(testing::CopyFileAlone(path_), key); };
+  {
+    const PreferenceWriteGroup login(store);
+    store->set("accessToken", std::string("new access"));
+    {
+      const PreferenceWriteGroup nested(store);
+      store->set("deviceKey", std::string("new device"));
+    }
+    store->removeObject("email");
+    // Another thread's write waits for the group too, and reads see it.
+    std::thread([&] {
+      store->set("customerId", std::int64_t{7});
+      EXPECT_EQ(store->object("accessToken"), PreferenceValue(std::string("new access")));
+    }).join();
+    EXPECT_EQ(store->object("deviceKey"), PreferenceValue(std::string("new device")));
+    EXPECT_EQ(store->object("email"), std::nullopt);
+    EXPECT_EQ(store->object("customerId"), PreferenceValue(std::int64_t{7}));
+    EXPECT_TRUE(store->hasPendingWrites());
+    EXPECT_EQ(in_file("accessToken"), PreferenceValue(std::string("old access")));
+    EXPECT_EQ(in_file("deviceKey"), std::nullopt);
+    EXPECT_EQ(in_file("email"), PreferenceValue(std::string("old@example.com")));
+    EXPECT_EQ(in_file("customerId"), std::nullopt);
+  }
+  EXPECT_FALSE(store->hasPendingWrites());
+  EXPECT_EQ(in_file("accessToken"), PreferenceValue(std::string("new access")));
+  EXPECT_EQ(in_file("deviceKey"), PreferenceValue(std::string("new device")));
+  EXPECT_EQ(in_file("email"), std::nullopt);
+  EXPECT_EQ(in_file("customerId"), PreferenceValue(std::int64_t{7}));
+  // Ungrouped writes are durable on their own again.
+  store->set("email", std::string("later@example.com"));
+  EXPECT_EQ(in_file("email"), PreferenceValue(std::string("later@example.com")));
 }
 
 TEST_F(SqlitePreferenceStoreTest, ThreadsCanWriteAndReadAtOnce) {

@@ -1,5 +1,6 @@
 // obolo_session_tool STORE write DEVICE ACCESS REFRESH EMAIL CUSTOMER_ID
-// obolo_session_tool STORE write-loop COUNT     (writes sessions 0..COUNT-1, printing each round done)
+// obolo_session_tool STORE write-loop COUNT     (writes sessions 0..COUNT-1, each as the kit stores a
+//                                              login, printing each round once it is durable)
 // obolo_session_tool STORE read
 //
 // Writes or reads the reader's session through GlobalVariable with the SQLite
@@ -38,11 +39,15 @@ int main(int argc, char** argv) {
     std::fflush(stdout);
     for (long round = 0; round < rounds; ++round) {
       const std::string n = std::to_string(round);
-      global.setDeviceKey("device-" + n);
-      global.setAccessToken("access-" + n);
-      global.setRefreshToken("refresh-" + n);
-      global.setEmail("reader" + n + "@example.com");
-      global.setCustomerId(round);
+      {
+        // As the kit stores a login: one write group.
+        const obolo::PreferenceWriteGroup session = global.sessionWriteGroup();
+        global.setDeviceKey("device-" + n);
+        global.setAccessToken("access-" + n);
+        global.setRefreshToken("refresh-" + n);
+        global.setEmail("reader" + n + "@example.com");
+        global.setCustomerId(round);
+      }
       std::printf("%ld\n", round);
       std::fflush(stdout);
     }
