@@ -8,7 +8,7 @@
 #include "platform/log.h"
 #include "platform/main_loop.h"
 #include "platform/number_format.h"
-#include "toolkit/text_layout.h"
+#include "toolkit/text_layout_warmup.h"
 #include "toolkit/ui_navigation_controller.h"
 #include "ui/view_helpers.h"
 
@@ -25,12 +25,20 @@ std::shared_ptr<PaywallVC> MakePaywall() {
 }
 
 // The first card of a process waits for the fonts its labels are measured
-// in to load (some 15 to 40 ms here, more on a phone). Loading them on the
-// main loop's next turn, once the view has loaded and its bid has gone out,
-// overlaps that with the bid's round trip. Posted once per process.
-void WarmTextLayoutWhileTheBidTravels() {
+// in to load (some 15 to 40 ms here, more on a phone), then sets up each size
+// its labels use. Doing both on the main loop's next turn, once the view has
+// loaded and its bid has gone out, overlaps them with the bid's round trip.
+// Once per process: later cards find everything loaded.
+void WarmTextLayoutWhileTheBidTravels(const std::shared_ptr<UIView>& paywall_view) {
   static std::atomic<bool> posted{false};
-  if (!posted.exchange(true)) MainLoop::main().post(&WarmTextLayout);
+  if (posted.exchange(true)) return;
+  MainLoop::main().post([view = std::weak_ptr<UIView>(paywall_view)] {
+    if (const auto root = view.lock()) {
+      WarmTextLayout(*root);
+    } else {
+      posted = false;  // that paywall went before its turn came: warm with the next
+    }
+  });
 }
 
 }  // namespace
@@ -71,7 +79,7 @@ void Obolo::loadView(const std::shared_ptr<UIViewController>& in) {
   in->addChild(paywall);
   in->view()->addSubview(paywall->view());
   addShadow(*paywall->view());
-  WarmTextLayoutWhileTheBidTravels();
+  WarmTextLayoutWhileTheBidTravels(paywall->view());
 }
 
 void Obolo::loadView(const std::shared_ptr<UIViewController>& in, const std::shared_ptr<UIView>& content,
@@ -89,7 +97,7 @@ void Obolo::loadView(const std::shared_ptr<UIViewController>& in, const std::sha
   in->addChild(paywall);
   content->addSubview(paywall->view());
   addShadow(*paywall->view());
-  WarmTextLayoutWhileTheBidTravels();
+  WarmTextLayoutWhileTheBidTravels(paywall->view());
 }
 
 }  // namespace obolo

@@ -33,10 +33,4 @@ void TextLayoutService::setShared(std::shared_ptr<TextLayoutService> service) {
   state.service = std::move(service);
 }
 
-void WarmTextLayout() {
-  const auto service = TextLayoutService::shared();
-  service->layout("Ag", TextStyle{}, 0);
-  service->layout("Ag", TextStyle{.font = UIFont::boldSystemFont(17)}, 0);
-}
-
 }  // namespace obolo

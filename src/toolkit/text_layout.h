@@ -76,13 +76,6 @@ class TextLayoutService {
   static void setShared(std::shared_ptr<TextLayoutService> service);
 };
 
-// Measures a line in each face the kit uses, so the first label measured
-// afterwards does not wait for the fonts to load: the first measurement in a
-// process loads them (some 40 ms on a server core, more on a phone), later
-// ones take microseconds. Call where a wait costs nothing, such as while an
-// answer is on its way.
-void WarmTextLayout();
-
 }  // namespace obolo
 
 #endif  // OBOLO_TOOLKIT_TEXT_LAYOUT_H_
