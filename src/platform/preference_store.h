@@ -80,9 +80,11 @@ class PreferenceStore {
 // write.
 class PreferenceWriteGroup {
  public:
+  // Opens a group on `store` for the calling thread.
   explicit PreferenceWriteGroup(std::shared_ptr<PreferenceStore> store) : store_(std::move(store)) {
     store_->beginWriteGroup();
   }
+  // Ends it: when it is the outermost, its writes become durable now.
   ~PreferenceWriteGroup() { store_->endWriteGroup(); }
   PreferenceWriteGroup(const PreferenceWriteGroup&) = delete;
   PreferenceWriteGroup& operator=(const PreferenceWriteGroup&) = delete;
