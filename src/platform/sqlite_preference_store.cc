@@ -97,18 +97,7 @@ class SqlitePreferenceStore::Core {
       if (in_memory_) return;
       pending_.emplace(key);
       if (!groups_.empty()) return;  // written when the last group ends
-      if (refusing_ || reopen_ || !file_.isOpen()) {
-        // The retry thread writes it with the others, in one transaction.
-        EnsureRetryThread();
-        wake_.notify_all();
-        return;
-      }
-      const int rc = Flush(SqlitePreferenceStore::kLockBudget);
-      if (rc != SQLITE_OK) {
-        line = Refused("writing", rc, /*writing=*/true);
-        EnsureRetryThread();
-        wake_.notify_all();
-      }
+      line = WritePending();
     }
     Log(line);
   }
@@ -128,17 +117,7 @@ class SqlitePreferenceStore::Core {
       if (--group->second > 0) return;
       groups_.erase(group);
       if (!groups_.empty() || pending_.empty()) return;
-      if (refusing_ || reopen_ || !file_.isOpen()) {
-        EnsureRetryThread();
-        wake_.notify_all();
-        return;
-      }
-      const int rc = Flush(SqlitePreferenceStore::kLockBudget);
-      if (rc != SQLITE_OK) {
-        line = Refused("writing", rc, /*writing=*/true);
-        EnsureRetryThread();
-        wake_.notify_all();
-      }
+      line = WritePending();
     }
     Log(line);
   }
@@ -169,6 +148,24 @@ class SqlitePreferenceStore::Core {
     refusing_ = true;
     return "Preference store " + path_ + ": " + what + " refused (" + SqlitePreferenceFile::Describe(code) +
            "); the session is kept in memory and written to the file once it accepts it";
+  }
+
+  // Writes what is pending to the file now, or leaves it to the retry thread
+  // while the file is refusing. Returns the line to log ("" for none).
+  // REQUIRES: mutex_ held.
+  std::string WritePending() {
+    if (!refusing_ && !reopen_ && file_.isOpen()) {
+      const int rc = Flush(SqlitePreferenceStore::kLockBudget);
+      if (rc == SQLITE_OK) return "";
+      const std::string line = Refused("writing", rc, /*writing=*/true);
+      EnsureRetryThread();
+      wake_.notify_all();
+      return line;
+    }
+    // The retry thread writes it with the others, in one transaction.
+    EnsureRetryThread();
+    wake_.notify_all();
+    return "";
   }
 
   // Writes every pending key's latest value in one transaction.
