@@ -34,6 +34,7 @@
 #include <vector>
 
 #include "platform/json_record.h"
+#include "platform/no_destructor.h"
 
 namespace obolo {
 namespace json_record_detail {
@@ -360,10 +361,11 @@ bool FindMember(const std::vector<MemberEntry>& members, FieldKey& key, unsigned
                 Walk& walk, int& found);
 
 // A record's members in declared order, with where each sits and how it is
-// read; made once per record type from its member list.
+// read; made once per record type from its member list. Never destroyed: the
+// session thread may still be decoding an answer while the process exits.
 template <JsonRecord R>
 const std::vector<MemberEntry>& MembersOf() {
-  static const std::vector<MemberEntry> members = [] {
+  static const NoDestructor<std::vector<MemberEntry>> members([] {
     std::vector<MemberEntry> list;
     R sample = JsonRecordAccess::Make<R>();
     const char* const base = reinterpret_cast<const char*>(&sample);
@@ -373,8 +375,8 @@ const std::vector<MemberEntry>& MembersOf() {
                       std::is_same_v<Member, bool>, &ReadErased<Member>});
     });
     return list;
-  }();
-  return members;
+  }());
+  return *members;
 }
 
 // Reads one object into `record`, which starts empty. False when the walk
